@@ -1,0 +1,19 @@
+#!/usr/bin/env bash
+# Installs what building and testing Krait needs, and nothing when it is all there already.
+set -euo pipefail
+
+missing=()
+for tool in cmake:cmake g++:g++ ninja:ninja-build flex:flex bison:bison; do
+  command -v "${tool%%:*}" >/dev/null 2>&1 || missing+=("${tool#*:}")
+done
+for package in libgtest-dev libmpfr-dev; do
+  dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")
+done
+
+if [ ${#missing[@]} -gt 0 ]; then
+  echo "Installing: ${missing[*]}"
+  sudo=""
+  [ "$(id -u)" -eq 0 ] || sudo="sudo"
+  $sudo apt-get update -qq
+  DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq "${missing[@]}" >/dev/null
+fi

@@ -1,0 +1,192 @@
+#include "interval/endpoint.hpp"
+
+#include <cfenv>
+#include <cmath>
+
+#include "driver/error.hpp"
+#include "interval/rounding.hpp"
+
+namespace {
+
+constexpr double correction_step = 1e-12;
+constexpr int max_corrections = 99;
+
+bool closed_zero(endpoint e) { return !e.strict && e.value == 0.0; }
+
+}  // namespace
+
+endpoint multiply_endpoints(endpoint a, endpoint b) {
+  if (closed_zero(a) || closed_zero(b)) return {false, 0.0};
+  return {a.strict || b.strict, rounding::mul(a.value, b.value)};
+}
+
+endpoint divide_endpoints(endpoint numerator, endpoint denominator) {
+  if (closed_zero(denominator)) error("Division by zero in divide_endpoints.");
+  if (closed_zero(numerator)) return {false, 0.0};
+  return {numerator.strict || denominator.strict, rounding::div(numerator.value, denominator.value)};
+}
+
+endpoint add_endpoints(endpoint a, endpoint b) {
+  return {a.strict || b.strict, rounding::add(a.value, b.value)};
+}
+
+endpoint subtract_endpoints(endpoint a, endpoint b) {
+  return {a.strict || b.strict, rounding::sub(a.value, b.value)};
+}
+
+bool lower_weaker(endpoint a, endpoint b) {
+  return b.value > a.value || (b.value == a.value && !a.strict && b.strict);
+}
+
+bool upper_weaker(endpoint a, endpoint b) {
+  return a.value > b.value || (a.value == b.value && !a.strict && b.strict);
+}
+
+void endpoint_hull(const endpoint* list, std::size_t count, endpoint& lo, endpoint& hi) {
+  lo = hi = list[0];
+  for (std::size_t i = 1; i < count; ++i) {
+    const endpoint e = list[i];
+    if (e.value < lo.value || (e.value == lo.value && lo.strict && !e.strict)) lo = e;
+    if (e.value > hi.value || (e.value == hi.value && hi.strict && !e.strict)) hi = e;
+  }
+}
+
+void round_endpoint_for_int(bool is_int, bool is_lower, bool& strict, double& value) {
+  if (!is_int) return;
+  if (std::trunc(value) == value) {
+    if (strict) value += is_lower ? 1.0 : -1.0;
+  } else {
+    value = is_lower ? std::ceil(value) : std::floor(value);
+  }
+  strict = false;
+}
+
+namespace {
+
+// x^n for x >= 0 and integral n >= 1 by repeated squaring, every product rounded in the current
+// direction: each factor is non-negative, so rounding every step down (up) gives a value not
+// above (not below) the exact power.
+double directed_power(double x, double n) {
+  double result = 1.0, square = x;
+  for (unsigned long long e = static_cast<unsigned long long>(n); e != 0; e >>= 1) {
+    if (e & 1) result = rounding::mul(result, square);
+    if (e > 1) square = rounding::mul(square, square);
+  }
+  return result;
+}
+
+// The correction loops below check their result at round-to-nearest, which can leave it an
+// ulp on the wrong side of the exact value. A proof by directed multiplication settles it,
+// without touching the exception flags the caller will look at.
+double proven_power(double base, double n, bool want_lower) {
+  std::fexcept_t flags;
+  std::fegetexceptflag(&flags, FE_ALL_EXCEPT);
+  rounding::toward(want_lower);
+  const double bound = directed_power(base, n);
+  rounding::nearest();
+  std::fesetexceptflag(&flags, FE_ALL_EXCEPT);
+  return bound;
+}
+
+// The root `base` of x is on the requested side when base^n, rounded against it, still is.
+double proven_root(double base, double x, double n, bool want_lower) {
+  if (want_lower && base <= 0.0) return base;  // no root of x >= 0 lies below 0
+  std::fexcept_t flags;
+  std::fegetexceptflag(&flags, FE_ALL_EXCEPT);
+  for (int step = 0; step < max_corrections && std::isfinite(base); ++step) {
+    rounding::toward(!want_lower);
+    const double power = directed_power(base, n);
+    rounding::nearest();
+    if (want_lower ? power <= x : power >= x) break;
+    base = std::nextafter(base, want_lower ? -HUGE_VAL : HUGE_VAL);
+  }
+  std::fesetexceptflag(&flags, FE_ALL_EXCEPT);
+  return base;
+}
+
+double pinned_pow(double x, double y) {
+  rounding::pin(x);
+  rounding::pin(y);
+  double r = std::pow(x, y);
+  rounding::pin(r);
+  return r;
+}
+
+// Steps `base` by 1e-12 under the directed mode until base^check_exponent, computed at
+// round-to-nearest, lies on the wanted side of x. An infinite base has overflowed already and
+// is condemned by the raised flag, so it is not stepped.
+double correct(double base, double x, double check_exponent, bool want_lower, const char* message) {
+  double check = pinned_pow(base, check_exponent);
+  int steps = 0;
+  while ((want_lower ? check > x : check < x) && std::isfinite(base)) {
+    if (++steps > max_corrections) error("%s", message);
+    rounding::toward(want_lower);
+    base = want_lower ? rounding::sub(base, correction_step) : rounding::add(base, correction_step);
+    rounding::nearest();
+    check = pinned_pow(base, check_exponent);
+  }
+  return base;
+}
+
+// The library functions are not correctly rounded and 1e-12 vanishes next to large values;
+// one ulp outward then covers the library's error.
+double widen(double value, bool want_lower) {
+  double widened =
+      want_lower ? rounding::sub(value, correction_step) : rounding::add(value, correction_step);
+  if (widened == value) widened = std::nextafter(value, want_lower ? -HUGE_VAL : HUGE_VAL);
+  return widened;
+}
+
+template <double (*function)(double)>
+double rounded_call(double x, bool want_lower) {
+  rounding::nearest();
+  rounding::pin(x);
+  double value = function(x);
+  rounding::pin(value);
+  return widen(value, want_lower);
+}
+
+double library_cos(double x) { return std::cos(x); }
+double library_acos(double x) { return std::acos(x); }
+double library_exp(double x) { return std::exp(x); }
+double library_log(double x) { return std::log(x); }
+
+}  // namespace
+
+double krait_pow(double x, double n, bool want_lower) {
+  const bool odd = (static_cast<long long>(n) & 1) != 0;
+  rounding::nearest();
+  const bool negative = x < 0;
+  if (negative) {
+    if (odd) want_lower = !want_lower;
+    x = std::fabs(x);
+  }
+  double base = pinned_pow(x, n);
+  base = correct(base, x, rounding::div(1.0, n), want_lower,
+                 "Maximum number of iterations reached in krait_pow.");
+  const double proven = proven_power(x, n, want_lower);
+  base = want_lower ? std::fmin(base, proven) : std::fmax(base, proven);
+  if (odd && negative) base = -base;  // negation is exact in every mode
+  rounding::nearest();
+  return base;
+}
+
+double krait_nrt(double x, double n, bool want_lower) {
+  rounding::nearest();
+  const bool negative = x < 0;
+  if (negative) {
+    want_lower = !want_lower;
+    x = std::fabs(x);
+  }
+  double base = pinned_pow(x, rounding::div(1.0, n));
+  base = correct(base, x, n, want_lower, "Maximum number of iterations reached in krait_nrt.");
+  base = proven_root(base, x, n, want_lower);
+  if (negative) base = -base;
+  rounding::nearest();
+  return base;
+}
+
+double cos_rounded(double x, bool want_lower) { return rounded_call<library_cos>(x, want_lower); }
+double acos_rounded(double x, bool want_lower) { return rounded_call<library_acos>(x, want_lower); }
+double exp_rounded(double x, bool want_lower) { return rounded_call<library_exp>(x, want_lower); }
+double log_rounded(double x, bool want_lower) { return rounded_call<library_log>(x, want_lower); }

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+
+// One end of an interval. Unbounded sides are never endpoints: they are empty bound stacks.
+struct endpoint {
+  bool strict = false;  // open end: the value itself is excluded
+  double value = 0.0;
+};
+
+// The arithmetic operations compute in the current rounding direction; the caller sets it.
+endpoint multiply_endpoints(endpoint a, endpoint b);
+endpoint divide_endpoints(endpoint numerator, endpoint denominator);
+endpoint add_endpoints(endpoint a, endpoint b);
+endpoint subtract_endpoints(endpoint a, endpoint b);
+
+// As lower ends: does `b` exclude more than `a`?
+bool lower_weaker(endpoint a, endpoint b);
+// As upper ends: does `b` exclude more than `a`?
+bool upper_weaker(endpoint a, endpoint b);
+
+// Smallest and largest endpoint of a non-empty list; on equal values the closed end wins, so
+// the hull keeps the looser end.
+void endpoint_hull(const endpoint* list, std::size_t count, endpoint& lo, endpoint& hi);
+
+// Tightens an end of an integer variable to the nearest integer inside; the result is closed.
+// Does nothing for a real variable.
+void round_endpoint_for_int(bool is_int, bool is_lower, bool& strict, double& value);
+
+// x^n and the n-th root of x for a positive integral n, not above (want_lower) or not below
+// the exact value. Each leaves the rounding mode at round-to-nearest.
+double krait_pow(double x, double n, bool want_lower);
+double krait_nrt(double x, double n, bool want_lower);
+
+// Library functions widened outward by 1e-12, evaluated at round-to-nearest.
+double cos_rounded(double x, bool want_lower);
+double acos_rounded(double x, bool want_lower);
+double exp_rounded(double x, bool want_lower);
+double log_rounded(double x, bool want_lower);
