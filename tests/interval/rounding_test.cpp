@@ -45,47 +45,41 @@ void compute(exact_value& e, Op op) {
   op(e.up, MPFR_RNDU);
 }
 
+// Exact results of MPFR's binary operations with a double operand and of its functions.
+void exact_binary(exact_value& e, int (*f)(mpfr_ptr, mpfr_srcptr, double, mpfr_rnd_t), double a, double b) {
+  compute(e, [&](mpfr_t r, mpfr_rnd_t m) {
+    mpfr_set_d(r, a, m);
+    f(r, r, b, m);
+  });
+}
+
+void exact_unary(exact_value& e, int (*f)(mpfr_ptr, mpfr_srcptr, mpfr_rnd_t), double x) {
+  compute(e, [&](mpfr_t r, mpfr_rnd_t m) {
+    mpfr_set_d(r, x, m);
+    f(r, r, m);
+  });
+}
+
 // The same operation for both ends in one function, with the mode switched in between: without
 // the barriers the optimiser is free to compute it once.
 struct enclosure {
   double lower, upper;
 };
 
-enclosure product(double a, double b) {
+template <endpoint (*op)(endpoint, endpoint)>
+enclosure enclose(double a, double b) {
   rounding::downward();
-  const double lower = multiply_endpoints({false, a}, {false, b}).value;
+  const double lower = op({false, a}, {false, b}).value;
   rounding::upward();
-  const double upper = multiply_endpoints({false, a}, {false, b}).value;
+  const double upper = op({false, a}, {false, b}).value;
   rounding::nearest();
   return {lower, upper};
 }
 
-enclosure quotient(double a, double b) {
-  rounding::downward();
-  const double lower = divide_endpoints({false, a}, {false, b}).value;
-  rounding::upward();
-  const double upper = divide_endpoints({false, a}, {false, b}).value;
-  rounding::nearest();
-  return {lower, upper};
-}
-
-enclosure sum(double a, double b) {
-  rounding::downward();
-  const double lower = add_endpoints({false, a}, {false, b}).value;
-  rounding::upward();
-  const double upper = add_endpoints({false, a}, {false, b}).value;
-  rounding::nearest();
-  return {lower, upper};
-}
-
-enclosure difference(double a, double b) {
-  rounding::downward();
-  const double lower = subtract_endpoints({false, a}, {false, b}).value;
-  rounding::upward();
-  const double upper = subtract_endpoints({false, a}, {false, b}).value;
-  rounding::nearest();
-  return {lower, upper};
-}
+enclosure product(double a, double b) { return enclose<multiply_endpoints>(a, b); }
+enclosure quotient(double a, double b) { return enclose<divide_endpoints>(a, b); }
+enclosure sum(double a, double b) { return enclose<add_endpoints>(a, b); }
+enclosure difference(double a, double b) { return enclose<subtract_endpoints>(a, b); }
 
 // The shape the narrowing operators have: the arithmetic is inlined into a function that
 // switches modes around it, inside a loop. Unprotected, the optimiser computes each operation
@@ -143,25 +137,13 @@ TEST(DirectedRounding, ProductsQuotientsSumsEncloseTheExactValue) {
   exact_value e;
   for (int i = 0; i < 20000; ++i) {
     const double a = random_double(rng, -60, 60), b = random_double(rng, -60, 60);
-    compute(e, [&](mpfr_t r, mpfr_rnd_t m) {
-      mpfr_set_d(r, a, m);
-      mpfr_mul_d(r, r, b, m);
-    });
+    exact_binary(e, mpfr_mul_d, a, b);
     expect_enclosure(e, product(a, b), a, b);
-    compute(e, [&](mpfr_t r, mpfr_rnd_t m) {
-      mpfr_set_d(r, a, m);
-      mpfr_div_d(r, r, b, m);
-    });
+    exact_binary(e, mpfr_div_d, a, b);
     expect_enclosure(e, quotient(a, b), a, b);
-    compute(e, [&](mpfr_t r, mpfr_rnd_t m) {
-      mpfr_set_d(r, a, m);
-      mpfr_add_d(r, r, b, m);
-    });
+    exact_binary(e, mpfr_add_d, a, b);
     expect_enclosure(e, sum(a, b), a, b);
-    compute(e, [&](mpfr_t r, mpfr_rnd_t m) {
-      mpfr_set_d(r, a, m);
-      mpfr_sub_d(r, r, b, m);
-    });
+    exact_binary(e, mpfr_sub_d, a, b);
     expect_enclosure(e, difference(a, b), a, b);
   }
 }
@@ -199,31 +181,19 @@ TEST(DirectedRounding, TranscendentalsEncloseTheExactValue) {
   std::uniform_real_distribution<double> wide(-700.0, 700.0), unit(-1.0, 1.0), angle(-100.0, 100.0);
   for (int i = 0; i < 20000; ++i) {
     const double x = wide(rng);
-    compute(e, [&](mpfr_t r, mpfr_rnd_t m) {
-      mpfr_set_d(r, x, m);
-      mpfr_exp(r, r, m);
-    });
+    exact_unary(e, mpfr_exp, x);
     expect_enclosure(e, {exp_rounded(x, true), exp_rounded(x, false)}, x, 0);
 
     const double c = angle(rng);
-    compute(e, [&](mpfr_t r, mpfr_rnd_t m) {
-      mpfr_set_d(r, c, m);
-      mpfr_cos(r, r, m);
-    });
+    exact_unary(e, mpfr_cos, c);
     expect_enclosure(e, {cos_rounded(c, true), cos_rounded(c, false)}, c, 0);
 
     const double u = unit(rng);
-    compute(e, [&](mpfr_t r, mpfr_rnd_t m) {
-      mpfr_set_d(r, u, m);
-      mpfr_acos(r, r, m);
-    });
+    exact_unary(e, mpfr_acos, u);
     expect_enclosure(e, {acos_rounded(u, true), acos_rounded(u, false)}, u, 0);
 
     const double l = random_double(rng, -1000, 1000, false);
-    compute(e, [&](mpfr_t r, mpfr_rnd_t m) {
-      mpfr_set_d(r, l, m);
-      mpfr_log(r, r, m);
-    });
+    exact_unary(e, mpfr_log, l);
     expect_enclosure(e, {log_rounded(l, true), log_rounded(l, false)}, l, 0);
   }
   EXPECT_EQ(std::fegetround(), FE_TONEAREST);
