@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "solver/bound.hpp"
+
+// One element of a bound stack.
+struct bound_entry {
+  double value = 0.0;
+  bool strict = false;
+  origin reason;
+  std::uint32_t mark = 0;    // work slot of conflict analysis
+  std::uint32_t dlevel = 0;  // decision level at which the bound was pushed
+  std::uint32_t id = 0;      // this entry's own bound id
+};
+
+// A variable's lower and upper bound stacks. Each entry is at least as tight as the one below
+// it, so the tops are the current bounds.
+class bm {
+ public:
+  std::uint32_t push_lower(double value, bool strict, const origin& why);
+  std::uint32_t push_upper(double value, bool strict, const origin& why);
+  void pop(bool is_lower) { (is_lower ? lower_ : upper_).pop_back(); }
+
+  bool get_lower(double& value, bool& strict) const { return top(lower_, value, strict); }
+  bool get_upper(double& value, bool& strict) const { return top(upper_, value, strict); }
+  std::uint32_t top_lower_id() const { return lower_.empty() ? 0 : lower_.back().id; }
+  std::uint32_t top_upper_id() const { return upper_.empty() ? 0 : upper_.back().id; }
+
+  void get_bound_info(std::uint32_t id, bool& is_lower, bool& strict, double& value) const;
+  bound_entry& entry(std::uint32_t id);
+  const bound_entry& entry(std::uint32_t id) const;
+  origin get_origin(std::uint32_t id) const { return entry(id).reason; }
+  std::uint32_t& mark(std::uint32_t id) { return entry(id).mark; }
+  std::uint32_t& dlevel(std::uint32_t id) { return entry(id).dlevel; }
+
+  // The i-th entry from the bottom; false when i is past the top.
+  bool lower_at(std::uint32_t i, bool& strict, double& value, std::uint32_t& id) const {
+    return at(lower_, i, strict, value, id);
+  }
+  bool upper_at(std::uint32_t i, bool& strict, double& value, std::uint32_t& id) const {
+    return at(upper_, i, strict, value, id);
+  }
+  std::uint32_t lower_size() const { return static_cast<std::uint32_t>(lower_.size()); }
+  std::uint32_t upper_size() const { return static_cast<std::uint32_t>(upper_.size()); }
+
+ private:
+  static bool top(const std::vector<bound_entry>& stack, double& value, bool& strict);
+  static bool at(const std::vector<bound_entry>& stack, std::uint32_t i, bool& strict, double& value,
+                 std::uint32_t& id);
+  static std::uint32_t push(std::vector<bound_entry>& stack, bool is_lower, double value, bool strict,
+                            const origin& why);
+
+  std::vector<bound_entry> lower_;
+  std::vector<bound_entry> upper_;
+};

@@ -1,0 +1,117 @@
+// Variables and their bound stacks: the bound value operations, pushing and reading bounds,
+// and backtracking.
+#include <cmath>
+
+#include "driver/error.hpp"
+#include "solver/solver.hpp"
+
+krait_solver::krait_solver() : vars(1), trail(1), dclause_slot(1), tclauses(1) {}
+
+bool krait_solver::bounds_conflict(bound a, bound b) const {
+  if (a.var != b.var || a.is_lower == b.is_lower) return false;
+  bound lower = a.is_lower ? a : b;
+  bound upper = a.is_lower ? b : a;
+  if (vars[a.var].intvar) {
+    const double lower_value = std::ceil(lower.value), upper_value = std::floor(upper.value);
+    if (lower_value != lower.value) lower = {lower.var, true, false, lower_value};
+    if (upper_value != upper.value) upper = {upper.var, false, false, upper_value};
+    // No integer lies strictly between two consecutive integers.
+    if (lower.strict && upper.strict && lower.value == upper.value - 1.0) return true;
+  }
+  return lower.value > upper.value || (lower.value == upper.value && (lower.strict || upper.strict));
+}
+
+bool krait_solver::bounds_equal(bound a, bound b) {
+  return a.var == b.var && a.is_lower == b.is_lower && a.strict == b.strict && a.value == b.value;
+}
+
+// By variable; lower bounds before upper ones; each direction from weakest to strongest, a
+// non-strict bound before a strict one of the same value.
+bool krait_solver::bound_less(bound a, bound b) {
+  if (a.var != b.var) return a.var < b.var;
+  if (a.is_lower != b.is_lower) return a.is_lower;
+  if (a.value != b.value) return a.is_lower ? a.value < b.value : a.value > b.value;
+  return !a.strict && b.strict;
+}
+
+bound krait_solver::normalize_bound(bound b) const {
+  round_endpoint_for_int(vars[b.var].intvar, b.is_lower, b.strict, b.value);
+  return b;
+}
+
+bound krait_solver::make_bound(u32 var, u32 relation, double value) {
+  if (relation > 3) error("Unexpected case in krait_solver::make_bound.");
+  // The variable now occurs in an atom, so it is no longer a mere arithmetic auxiliary.
+  vars[var].arith_auxvar = false;
+  return {var, relation >= 2, relation == 1 || relation == 3, value};
+}
+
+bound krait_solver::negate_bound(bound b) const {
+  return normalize_bound({b.var, !b.is_lower, !b.strict, b.value});
+}
+
+bool krait_solver::get_lower_bound(u32 var, bool& strict, double& value) const {
+  return vars[var].bounds.get_lower(value, strict);
+}
+
+bool krait_solver::get_upper_bound(u32 var, bool& strict, double& value) const {
+  return vars[var].bounds.get_upper(value, strict);
+}
+
+u32 krait_solver::push_bound(u32 var, bool is_lower, bool& strict, double& value, const origin& why) {
+  round_endpoint_for_int(vars[var].intvar, is_lower, strict, value);
+  bm& stacks = vars[var].bounds;
+  const u32 id = is_lower ? stacks.push_lower(value, strict, why) : stacks.push_upper(value, strict, why);
+  stacks.dlevel(id) = dlevel;
+  return id;
+}
+
+bound_ref krait_solver::find_falsifying_bound(bound b) const {
+  const bm& stacks = vars[b.var].bounds;
+  bool strict;
+  double value;
+  u32 id;
+  for (u32 i = 0; b.is_lower ? stacks.upper_at(i, strict, value, id) : stacks.lower_at(i, strict, value, id);
+       ++i) {
+    if (bounds_conflict(b, {b.var, !b.is_lower, strict, value})) return {b.var, id};
+  }
+  return {b.var, 0};
+}
+
+void krait_solver::backtrack(u32 level) {
+  if (dlevel - level > max_backjump) max_backjump = dlevel - level;
+  while (dlevel > level) {
+    trail_level& record = trail[dlevel];
+    // Newest first: every bound of this level lies above those of lower levels on its stack.
+    for (auto r = record.bounds.rbegin(); r != record.bounds.rend(); ++r) {
+      vars[r->var].bounds.pop(id_is_lower(r->id));
+    }
+    for (u32 d : record.reason_dclauses) dclause_at(d).reason_here = false;
+    record.bounds.clear();
+    record.reason_dclauses.clear();
+    --dlevel;
+  }
+}
+
+bound krait_solver::bound_of(bound_ref r) const {
+  bound b;
+  b.var = r.var;
+  vars[r.var].bounds.get_bound_info(r.id, b.is_lower, b.strict, b.value);
+  return b;
+}
+
+var_view krait_solver::view_of(u32 var) const {
+  var_view v;
+  const bm& stacks = vars[var].bounds;
+  v.has_lower = stacks.get_lower(v.lower, v.lower_strict);
+  v.lower_id = stacks.top_lower_id();
+  v.has_upper = stacks.get_upper(v.upper, v.upper_strict);
+  v.upper_id = stacks.top_upper_id();
+  return v;
+}
+
+void krait_solver::open_decision_level() {
+  ++dlevel;
+  // Records of abandoned levels are kept empty and reused, so deciding does not allocate.
+  if (trail.size() <= dlevel) trail.emplace_back();
+}
