@@ -5,7 +5,7 @@
 #include "driver/error.hpp"
 #include "solver/solver.hpp"
 
-krait_solver::krait_solver() : vars(1), trail(1), dclause_slot(1), tclauses(1) {}
+krait_solver::krait_solver() : vars(1), trail(1), dclause_records(1), dclause_slot(1), tclauses(1) {}
 
 bool krait_solver::bounds_conflict(bound a, bound b) const {
   if (a.var != b.var || a.is_lower == b.is_lower) return false;

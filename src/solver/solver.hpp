@@ -1,7 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
+#include <map>
+#include <set>
+#include <utility>
 #include <vector>
+
+#include "driver/utils.hpp"
 
 #include "interval/endpoint.hpp"
 #include "solver/bm.hpp"
@@ -104,6 +110,21 @@ struct queued_stack {
   bool is_lower = false;
 };
 
+// An atom of a dclause to be asserted once the solver is back at `level`.
+struct pending_implication {
+  u32 level = 0;
+  bound atom;
+  origin why;
+};
+
+struct var_order_entry {
+  u32 var = 0;
+  u32 order_key = 0;
+  u32 boolean = 0;
+};
+
+enum part_mask_bits : u8 { KRAIT_PART_INIT = 2, KRAIT_PART_TRANS = 4, KRAIT_PART_TARGET = 8 };
+
 // The solver: one object holds the variables, their bound stacks, the clauses and the search.
 // Its member functions live in files named after their concern.
 struct krait_solver {
@@ -136,13 +157,42 @@ struct krait_solver {
   void open_decision_level();
 
   // ---- Clause store (clauses.cpp) ----
-  std::vector<dclause> dclause_records;
-  std::vector<u32> dclause_slot;  // dclause index -> slot in `dclause_records`; 0 unused
-  std::vector<tclause> tclauses;  // slot 0 holds no tclause
-  dclause& dclause_at(u32 index) { return dclause_records[dclause_slot[index]]; }
+  std::vector<dclause> dclause_records;  // slot 0 holds no dclause
+  std::vector<u32> dclause_slot;         // dclause index -> slot; 0 for an unused index
+  std::deque<u32> free_dclause_indices;
+  u64 num_dclauses = 0;
+  u64 num_learned = 0;          // L: learned clauses present
+  u64 num_reused = 0;           // R: added by reuse and shifting at a depth change
+  u64 num_templates = 0;        // T: learned clauses that became shift templates
+  u64 num_shifted_copies = 0;   // C: copies made by shifting
+  u64 num_other_learned = 0;    // O: other learned clauses
+  u32 lowest_deleted_dclause_slot = 0;  // 0: none
+  std::vector<tclause> tclauses;        // slot 0 holds no tclause
+  u64 num_tclauses = 0;
+  u32 lowest_deleted_tclause = 0;  // 0: none
+  u8 current_part = 0;             // 1 INIT, 2 TRANS, 3 TARGET while that part is translated
+  bool backjump_pending = false;
+  u32 backjump_level = 0;
 
-  // ---- Propagation (assign.cpp) ----
+  dclause& dclause_at(u32 index) { return dclause_records[dclause_slot[index]]; }
+  const dclause& dclause_at(u32 index) const { return dclause_records[dclause_slot[index]]; }
+  u32 add_dclause(const std::vector<bound>& atoms, bool learned);
+  u32 add_unit_dclause(bound atom);
+  u32 get_atom_status(bound atom) const;  // 0 open, 1 true, 2 false
+  u32 get_dclause_status(u32 index) const;  // 0 all false, 1 satisfied, 2 unit, 3 open
+  u32 get_dlevel_of_bound(bound atom) const;
+  void register_watches(u32 index);
+  void request_backjump(u32 level);
+  void queue_pending(u32 level, bound atom, u32 dclause_index);
+  void mark_tclause_deleted(u32 t);
+  void purge_deleted_tclauses();
+  void delete_dclause(u32 index);
+  void purge_deleted_dclauses();
+  static bool has_two_operands(u32 functor);
+
+  // ---- Propagation (assign.cpp, propagate.cpp) ----
   fifo<queued_stack> implication_queue;
+  fifo<pending_implication> pending_implications;
   bound conflict_bound;
   origin conflict_origin;
   u64 num_assignments = 0;
@@ -152,6 +202,72 @@ struct krait_solver {
   bool assign_bound(u32 var, bool is_lower, bool strict, double value, const origin& why,
                     var_view& view);
   void enqueue_implication(u32 var, bool is_lower);
+  bool visit_watch(bound_ref trigger, dclause_watch watch, bool& remove);
+  bool visit_bound(bound_ref trigger);
+  bool propagate();
+  void clear_queues();
+  void note_reason(u32 dclause_index);
+
+  // ---- Decisions and variable orders (decide.cpp) ----
+  double min_split_width = 0.1;
+  u32 var_order = 0;
+  std::vector<var_order_entry> var_order_list;
+  u32 split_pos = 0;
+  u32 order_key_counter = 0;
+  u64 num_decisions = 0;
+  u32 max_dlevel = 0;
+  u32 max_dlevel_depth = 0;
+
+  void init_var_order();
+  bool decide();
+
+  // ---- Conflict analysis, learning and backjumping (analyze.cpp) ----
+  u32 open_count = 0;
+  std::map<u32, bound> conflict_lower_set;
+  std::map<u32, bound> conflict_upper_set;
+  std::set<u32> reusable_dclauses;
+  std::vector<u32> pending_templates;
+  u64 num_conflicts = 0;
+  bool shifting = false;
+
+  bool analyze_conflict();
+  void mark_reason(bound b, const origin& why);
+  void mark_antecedent(bound_ref r);
+  bool add_reason_bound(bound b, bool keep_weaker);
+  std::pair<u32, u32> learn_dclause(const std::vector<bound>& atoms, u8 part_mask);
+  u8 part_mask_of(const origin& why) const;
+
+  // ---- Search loop and restarts (search.cpp) ----
+  bool restarts = false;
+  u32 a_init = 0, b_init = 0;
+  double f_a = 0.0, f_b = 0.0;
+  u32 conflicts_since_restart = 0;
+  u32 restart_limit_a = 0, restart_limit_b = 0;
+  u32 num_restarts = 0;
+  double time_solver = 0.0;
+  solver_timer timer;
+  // Run totals, folded in at the end of every search.
+  u64 tot_assignments = 0, tot_ineffective = 0, tot_decisions = 0, tot_conflicts = 0;
+  u32 tot_restarts = 0, tot_max_backjump = 0, tot_max_dlevel = 0, tot_max_dlevel_depth = 0;
+  double tot_time_solver = 0.0;
+
+  bool solve();
+  void restart();
+  void fold_statistics();
+  void set_restarts(bool on) { restarts = on; }
+  void set_a_init(u32 a) { a_init = a; }
+  void set_b_init(u32 b) { b_init = b; }
+  void set_f_a(double f) { f_a = f; }
+  void set_f_b(double f) { f_b = f; }
+  void set_min_split_width(double w) { min_split_width = w; }
+  void set_var_order(u32 order) { var_order = order; }
+
+  // ---- Definitions of variables and tclauses (define.cpp) ----
+  u32 define_var(bool arith_auxvar, bool intvar, bool has_lower, bool lower_strict, double lower, bool has_upper,
+                 double upper);
+  u32 define_float_var(double lower, double upper) { return define_var(false, false, true, false, lower, true, upper); }
+  u32 define_int_var(double lower, double upper) { return define_var(false, true, true, false, lower, true, upper); }
+  u32 make_tclause(u32 functor, u32 y, u32 z, double c);
 
   // ---- Interval narrowing operators (src/interval/narrow_*.cpp) ----
   bool deduce(bound_ref trigger, u32 t);

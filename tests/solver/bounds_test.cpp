@@ -134,8 +134,7 @@ TEST(BoundStacks, PushNormalisesAndFindsTheOldestFalsifier) {
 TEST(Backtracking, PopsLevelsNewestFirstAndRecordsTheJump) {
   krait_solver s;
   const u32 a = add_range(s, 0, 10), b = add_range(s, 0, 10);
-  s.dclause_records.emplace_back();  // one dclause in slot 0 with index 1, as a reason
-  s.dclause_slot.push_back(0);
+  s.add_dclause({lower(a, 0), upper(b, 0)}, false);  // dclause 1, as a reason
   for (u32 level = 1; level <= 5; ++level) {
     s.open_decision_level();
     push(s, a, true, false, level);

@@ -1,0 +1,98 @@
+// Propagation to a fixpoint or a conflict: pending implications first, then the watched
+// dclauses and the tclauses of every stack that changed, in the order the stacks changed.
+#include "solver/solver.hpp"
+
+void krait_solver::note_reason(u32 dclause_index) {
+  dclause_at(dclause_index).reason_here = true;
+  current_trail().reason_dclauses.push_back(dclause_index);
+}
+
+bool krait_solver::visit_watch(bound_ref trigger, dclause_watch w, bool& remove) {
+  remove = false;
+  dclause& c = dclause_at(w.dclause);
+  if (!bounds_conflict(bound_of(trigger), c.atoms[w.position])) return false;
+
+  // Move the watch to an atom that is not false, if there is one.
+  const u32 other = c.watch[0] == w.position ? c.watch[1] : c.watch[0];
+  for (u32 q = 0; q < c.atoms.size(); ++q) {
+    if (q == c.watch[0] || q == c.watch[1]) continue;
+    const bound& a = c.atoms[q];
+    bound opposite{a.var, !a.is_lower, false, 0.0};
+    const bm& stacks = vars[a.var].bounds;
+    const bool has = a.is_lower ? stacks.get_upper(opposite.value, opposite.strict)
+                                : stacks.get_lower(opposite.value, opposite.strict);
+    if (has && bounds_conflict(a, opposite)) continue;
+    (c.watch[0] == w.position ? c.watch[0] : c.watch[1]) = q;
+    (a.is_lower ? vars[a.var].dclause_watches_lb : vars[a.var].dclause_watches_ub).push_back({w.dclause, q});
+    remove = true;
+    return false;
+  }
+
+  // Every other atom is false: the clause asserts its other watched atom.
+  const bound o = c.atoms[other];
+  var_view view = view_of(o.var);
+  const bool conflict = assign_bound(o.var, o.is_lower, o.strict, o.value, {KRAIT_ORIGIN_DCLAUSE, w.dclause, {}}, view);
+  note_reason(w.dclause);
+  return conflict;
+}
+
+bool krait_solver::visit_bound(bound_ref trigger) {
+  // A new lower bound can falsify upper atoms, a new upper bound lower atoms.
+  std::vector<dclause_watch>& watches =
+      id_is_lower(trigger.id) ? vars[trigger.var].dclause_watches_ub : vars[trigger.var].dclause_watches_lb;
+  for (std::size_t i = 0; i < watches.size();) {
+    const dclause_watch w = watches[i];
+    const dclause& c = dclause_at(w.dclause);
+    if (c.deleted || c.reason_here) {
+      ++i;
+      continue;
+    }
+    bool remove;
+    if (visit_watch(trigger, w, remove)) return true;
+    if (remove) {
+      watches[i] = watches.back();
+      watches.pop_back();
+    } else {
+      ++i;
+    }
+  }
+  for (u32 t : vars[trigger.var].tclause_watches) {
+    if (deduce(trigger, t)) return true;
+  }
+  return false;
+}
+
+bool krait_solver::propagate() {
+  if (backjump_pending) {
+    backjump_pending = false;
+    if (backjump_level < dlevel) backtrack(backjump_level);
+  }
+  for (;;) {
+    if (!pending_implications.empty()) {
+      const pending_implication p = pending_implications.front();
+      pending_implications.pop_front();
+      if (p.level != dlevel) continue;  // meant for a level that is gone
+      var_view view = view_of(p.atom.var);
+      if (assign_bound(p.atom.var, p.atom.is_lower, p.atom.strict, p.atom.value, p.why, view)) return true;
+      note_reason(p.why.index);
+      continue;
+    }
+    if (implication_queue.empty()) return false;
+    const queued_stack q = implication_queue.front();
+    implication_queue.pop_front();
+    variable& v = vars[q.var];
+    (q.is_lower ? v.queued_lower : v.queued_upper) = false;
+    // The newest bound of the stack stands for every bound pushed since it was queued.
+    const u32 id = q.is_lower ? v.bounds.top_lower_id() : v.bounds.top_upper_id();
+    if (id != 0 && visit_bound({q.var, id})) return true;
+  }
+}
+
+void krait_solver::clear_queues() {
+  while (!implication_queue.empty()) {
+    const queued_stack q = implication_queue.front();
+    implication_queue.pop_front();
+    (q.is_lower ? vars[q.var].queued_lower : vars[q.var].queued_upper) = false;
+  }
+  pending_implications.clear();
+}
