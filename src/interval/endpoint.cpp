@@ -115,7 +115,10 @@ double pinned_pow(double x, double y) {
 // Steps `base` by 1e-12 under the directed mode until base^check_exponent, computed at
 // round-to-nearest, lies on the wanted side of x. An infinite base has overflowed already and
 // is condemned by the raised flag, so it is not stepped.
-double correct(double base, double x, double check_exponent, bool want_lower, const char* message) {
+// A lower end stepped below 0 with `floor_at_zero` stays at 0: 0 is a lower end of every even
+// root, and below it the even power of the check only grows, so the steps would run away.
+double correct(double base, double x, double check_exponent, bool want_lower, bool floor_at_zero,
+               const char* message) {
   double check = pinned_pow(base, check_exponent);
   int steps = 0;
   while ((want_lower ? check > x : check < x) && std::isfinite(base)) {
@@ -123,6 +126,7 @@ double correct(double base, double x, double check_exponent, bool want_lower, co
     rounding::toward(want_lower);
     base = want_lower ? rounding::sub(base, correction_step) : rounding::add(base, correction_step);
     rounding::nearest();
+    if (floor_at_zero && base < 0.0) base = 0.0;
     check = pinned_pow(base, check_exponent);
   }
   return base;
@@ -162,7 +166,7 @@ double krait_pow(double x, double n, bool want_lower) {
     x = std::fabs(x);
   }
   double base = pinned_pow(x, n);
-  base = correct(base, x, rounding::div(1.0, n), want_lower,
+  base = correct(base, x, rounding::div(1.0, n), want_lower, false,
                  "Maximum number of iterations reached in krait_pow.");
   const double proven = proven_power(x, n, want_lower);
   base = want_lower ? std::fmin(base, proven) : std::fmax(base, proven);
@@ -179,7 +183,8 @@ double krait_nrt(double x, double n, bool want_lower) {
     x = std::fabs(x);
   }
   double base = pinned_pow(x, rounding::div(1.0, n));
-  base = correct(base, x, n, want_lower, "Maximum number of iterations reached in krait_nrt.");
+  const bool even = std::fmod(n, 2.0) == 0.0;
+  base = correct(base, x, n, want_lower, even, "Maximum number of iterations reached in krait_nrt.");
   base = proven_root(base, x, n, want_lower);
   if (negative) base = -base;
   rounding::nearest();

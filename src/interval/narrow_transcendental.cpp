@@ -37,6 +37,12 @@ double shifted(double v, double k, bool lower, bool add) {
   return add ? rounding::add(v, s) : rounding::sub(v, s);
 }
 
+// Do a lower and an upper end leave no real number between them? The pieces live in y shifted
+// by whole periods, where integrality means nothing.
+bool disjoint(endpoint lower, endpoint upper) {
+  return lower.value > upper.value || (lower.value == upper.value && (lower.strict || upper.strict));
+}
+
 double periods_below(double v) {
   rounding::nearest();
   return std::floor(rounding::div(v, two_pi));
@@ -106,12 +112,12 @@ bool krait_solver::deduce_cos(bound_ref trigger, u32 t) {
     // The least point of the pieces not below y_lo. Points below -1 after the shift would need
     // pieces of the previous period, so nothing is concluded there.
     const double k = periods_below(yv.lower);
-    const bound s{y, true, yv.lower_strict, shifted(yv.lower, k, true, false)};
+    const endpoint s{yv.lower_strict, shifted(yv.lower, k, true, false)};
     rounding::nearest();
     if (s.value >= -1.0) {
       for (const piece& pc : pieces) {
-        if (bounds_conflict(s, {y, false, pc.to.strict, pc.to.value})) continue;
-        const endpoint from = lower_weaker({s.strict, s.value}, pc.from) ? pc.from : endpoint{s.strict, s.value};
+        if (disjoint(s, pc.to)) continue;
+        const endpoint from = lower_weaker(s, pc.from) ? pc.from : s;
         const endpoint back{from.strict, shifted(from.value, k, true, true)};
         rounding::nearest();
         conflict = narrow(y, in.y, true, back, t, {x_lo, x_hi, {y, yv.lower_id}});
@@ -121,13 +127,13 @@ bool krait_solver::deduce_cos(bound_ref trigger, u32 t) {
   }
   if (!conflict && yv.has_upper) {
     const double k = periods_below(yv.upper);
-    const bound s{y, false, yv.upper_strict, shifted(yv.upper, k, false, false)};
+    const endpoint s{yv.upper_strict, shifted(yv.upper, k, false, false)};
     rounding::nearest();
     if (s.value <= two_pi + 1.0) {
       for (int i = 3; i >= 0; --i) {
         const piece& pc = pieces[i];
-        if (bounds_conflict(s, {y, true, pc.from.strict, pc.from.value})) continue;
-        const endpoint to = upper_weaker({s.strict, s.value}, pc.to) ? pc.to : endpoint{s.strict, s.value};
+        if (disjoint(pc.from, s)) continue;
+        const endpoint to = upper_weaker(s, pc.to) ? pc.to : s;
         const endpoint back{to.strict, shifted(to.value, k, false, true)};
         rounding::nearest();
         conflict = narrow(y, in.y, false, back, t, {x_lo, x_hi, {y, yv.upper_id}});

@@ -11,6 +11,23 @@ struct bound {
   double value = 0.0;
 };
 
+inline bool bounds_equal(bound a, bound b) {
+  return a.var == b.var && a.is_lower == b.is_lower && a.strict == b.strict && a.value == b.value;
+}
+
+// The order of atoms: by variable; lower bounds before upper ones; each direction from weakest
+// to strongest, a non-strict bound before a strict one of the same value.
+inline bool bound_less(bound a, bound b) {
+  if (a.var != b.var) return a.var < b.var;
+  if (a.is_lower != b.is_lower) return a.is_lower;
+  if (a.value != b.value) return a.is_lower ? a.value < b.value : a.value > b.value;
+  return !a.strict && b.strict;
+}
+
+struct bound_order {
+  bool operator()(bound a, bound b) const { return bound_less(a, b); }
+};
+
 // Names one entry of one variable's bound stacks. The id is local to the variable:
 // ((position + 1) << 1) | is_lower, so 0 means no bound.
 struct bound_ref {

@@ -21,19 +21,6 @@ bool krait_solver::bounds_conflict(bound a, bound b) const {
   return lower.value > upper.value || (lower.value == upper.value && (lower.strict || upper.strict));
 }
 
-bool krait_solver::bounds_equal(bound a, bound b) {
-  return a.var == b.var && a.is_lower == b.is_lower && a.strict == b.strict && a.value == b.value;
-}
-
-// By variable; lower bounds before upper ones; each direction from weakest to strongest, a
-// non-strict bound before a strict one of the same value.
-bool krait_solver::bound_less(bound a, bound b) {
-  if (a.var != b.var) return a.var < b.var;
-  if (a.is_lower != b.is_lower) return a.is_lower;
-  if (a.value != b.value) return a.is_lower ? a.value < b.value : a.value > b.value;
-  return !a.strict && b.strict;
-}
-
 bound krait_solver::normalize_bound(bound b) const {
   round_endpoint_for_int(vars[b.var].intvar, b.is_lower, b.strict, b.value);
   return b;

@@ -99,3 +99,46 @@ u32 krait_solver::make_tclause(u32 functor, u32 y, u32 z, double c) {
   }
   return x;
 }
+
+u32 krait_solver::add_tclause(u32 functor, u32 y, u32 z, double c) {
+  if (functor > KRAIT_NRT) error("Unexpected case in krait_solver::add_tclause.");
+  // y + y is 2 * y, y * y is pow(y, 2), max and min of one operand are the operand.
+  if (functor == KRAIT_SUM && y == z) {
+    functor = KRAIT_SCALE;
+    c = 2.0;
+  } else if (functor == KRAIT_PRODUCT && y == z) {
+    functor = KRAIT_POW;
+    c = 2.0;
+  } else if ((functor == KRAIT_MAX || functor == KRAIT_MIN) && y == z) {
+    return y;
+  }
+  const bool integral = std::trunc(c) == c;
+  if (functor == KRAIT_POW) {
+    if (!integral) error("Exponent must be integer.");
+    if (c == 0.0) return define_constant_var(1.0);
+  }
+  if (functor == KRAIT_NRT && !(integral && c >= 2.0)) error("Exponent must be an integer greater equal two.");
+  if ((functor == KRAIT_SCALE || functor == KRAIT_POW) && c == 1.0) return y;
+
+  // The key names only what the operation reads.
+  const bool binary = has_two_operands(functor);
+  const bool with_constant = functor == KRAIT_SCALE || functor == KRAIT_POW || functor == KRAIT_NRT;
+  std::unique_ptr<sharable_expr> key =
+      std::make_unique<sharable_tclause>(functor, y, binary ? z : 0, with_constant ? c : 0.0);
+  sharable_entry found;
+  if (lookup_sharable_expr(key, 3, found)) return found.rep.var;
+  const u32 x = make_tclause(functor, y, z, c);
+  insert_sharable_expr(std::move(key), {x, true, false, 0.0}, 3);
+  return x;
+}
+
+u32 krait_solver::define_constant_var(double value) {
+  std::unique_ptr<sharable_expr> key = std::make_unique<sharable_arithconst>(value);
+  sharable_entry found;
+  if (lookup_sharable_expr(key, 3, found)) return found.rep.var;
+  const u32 v = define_var(false, false, true, false, value, true, value);
+  insert_sharable_expr(std::move(key), {v, true, false, value}, 3);
+  return v;
+}
+
+bound krait_solver::true_bound() { return {define_constant_var(1.0), true, false, 1.0}; }

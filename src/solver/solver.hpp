@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "driver/utils.hpp"
+#include "hexpr/sharable.hpp"
 
 #include "interval/endpoint.hpp"
 #include "solver/bm.hpp"
@@ -125,6 +126,18 @@ struct var_order_entry {
 
 enum part_mask_bits : u8 { KRAIT_PART_INIT = 2, KRAIT_PART_TRANS = 4, KRAIT_PART_TARGET = 8 };
 
+// What a context holds on to so that popping it removes everything added since.
+struct context_frame {
+  u64 var_count = 0;
+  u64 tclause_last = 0;
+  u64 learned_L = 0, learned_T = 0, learned_C = 0, learned_O = 0;
+  std::set<u32> added_dclauses;
+  u32 level0_bounds = 0;
+  u32 level0_reasons = 0;
+  std::vector<u32> added_sharables;
+  std::vector<std::pair<u32, u32>> changed_sharables;  // entry position, polarity before
+};
+
 // The solver: one object holds the variables, their bound stacks, the clauses and the search.
 // Its member functions live in files named after their concern.
 struct krait_solver {
@@ -139,8 +152,8 @@ struct krait_solver {
   u32 max_backjump = 0;
 
   bool bounds_conflict(bound a, bound b) const;
-  static bool bounds_equal(bound a, bound b);
-  static bool bound_less(bound a, bound b);
+  static bool bounds_equal(bound a, bound b) { return ::bounds_equal(a, b); }
+  static bool bound_less(bound a, bound b) { return ::bound_less(a, b); }
   bound normalize_bound(bound b) const;
   bound make_bound(u32 var, u32 relation, double value);
   bound negate_bound(bound b) const;
@@ -268,6 +281,41 @@ struct krait_solver {
   u32 define_float_var(double lower, double upper) { return define_var(false, false, true, false, lower, true, upper); }
   u32 define_int_var(double lower, double upper) { return define_var(false, true, true, false, lower, true, upper); }
   u32 make_tclause(u32 functor, u32 y, u32 z, double c);
+  u32 add_tclause(u32 functor, u32 y, u32 z, double c);
+  u32 define_constant_var(double value);
+  bound true_bound();
+  bound define_or(const std::vector<bound>& literals, u32 polarity);
+  bound define_and(const std::vector<bound>& literals, u32 polarity);
+  bound define_connective(const std::vector<bound>& literals, u32 polarity, bool is_or);
+
+  // ---- Sharable expressions (sharing.cpp) ----
+  sharable_table sharables;
+  // On a hit the key is consumed and `out` holds the representing bound and the directions
+  // still to be encoded.
+  bool lookup_sharable_expr(std::unique_ptr<sharable_expr>& key, u32 polarity, sharable_entry& out);
+  void insert_sharable_expr(std::unique_ptr<sharable_expr> key, bound rep, u32 polarity);
+  u32 find_constant_var(double value) const;
+
+  // ---- Statistics, settings report and dumps (report.cpp, dump.cpp) ----
+  bool reuse = false;
+  void set_min_bound_delta(double delta);
+  void set_reuse(bool on) { reuse = on; }
+  void set_shifting(bool on) { shifting = on; }
+  void print_settings(const char* prefix) const;
+  void print_statistics(const char* prefix) const;
+  void dump_variables(const char* prefix) const;
+  void dump_tclauses(const char* prefix) const;
+  void dump_dclauses(const char* prefix) const;
+  void dump_dclause(u32 index, const char* prefix) const;
+  void dump_implication_queue(const char* prefix) const;
+  void dump_pending_implications(const char* prefix) const;
+  void dump_assignments(const char* prefix) const;
+
+  // ---- Contexts (contexts.cpp) ----
+  std::vector<context_frame> context_stack;
+  void set_translation_phase(u32 phase) { current_part = static_cast<u8>(phase); }
+  void push_context();
+  void pop_context();
 
   // ---- Interval narrowing operators (src/interval/narrow_*.cpp) ----
   bool deduce(bound_ref trigger, u32 t);
