@@ -119,9 +119,24 @@ bool krait_solver::add_reason_bound(bound b, bool keep_weaker) {
 std::pair<u32, u32> krait_solver::learn_dclause(const std::vector<bound>& atoms, u8 part_mask) {
   const u32 i = add_dclause(atoms, true);
   dclause_at(i).part_mask = part_mask;
-  ++num_other_learned;
-  // A clause that depends on the target is dropped with it, so it is not carried further.
-  if (part_mask & KRAIT_PART_TARGET) return {i, 1};
+  u32 count = 1;
+  const bool trans_only = (part_mask & KRAIT_PART_TRANS) && !(part_mask & KRAIT_PART_INIT);
+  if (shifting && trans_only && !(part_mask & KRAIT_PART_TARGET)) {
+    // It holds at every transition: copy it to all the other steps.
+    dclause& c = dclause_at(i);
+    c.shift_template = true;
+    c.shift_origin = i;
+    c.latest_copy = 0;
+    const u32 k = shift_backward(i);
+    const u32 copies = k + shift_forward(i);
+    ++num_templates;
+    num_shifted_copies += copies;
+    count = copies + 1;
+  } else {
+    ++num_other_learned;
+    // A clause that depends on the target goes with it, so it is not carried further.
+    if (part_mask & KRAIT_PART_TARGET) return {i, 1};
+  }
   reusable_dclauses.insert(i);
-  return {i, 1};
+  return {i, count};
 }

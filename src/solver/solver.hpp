@@ -126,6 +126,12 @@ struct var_order_entry {
 
 enum part_mask_bits : u8 { KRAIT_PART_INIT = 2, KRAIT_PART_TRANS = 4, KRAIT_PART_TARGET = 8 };
 
+// A learned clause saved across a depth change.
+struct saved_dclause {
+  std::vector<bound> atoms;
+  u8 part_mask = 0;
+};
+
 // What a context holds on to so that popping it removes everything added since.
 struct context_frame {
   u64 var_count = 0;
@@ -316,6 +322,14 @@ struct krait_solver {
   void set_translation_phase(u32 phase) { current_part = static_cast<u8>(phase); }
   void push_context();
   void pop_context();
+
+  // ---- Reuse and shifting of learned dclauses (shifting.cpp) ----
+  std::vector<saved_dclause> collect_reusable() const;
+  void reuse_dclauses(const std::vector<saved_dclause>& saved);
+  u32 shift_forward(u32 t);
+  u32 shift_backward(u32 t);
+  u32 shift(u32 t, bool forward);
+  void shift_pending();
 
   // ---- Interval narrowing operators (src/interval/narrow_*.cpp) ----
   bool deduce(bound_ref trigger, u32 t);
