@@ -7,20 +7,6 @@
 
 krait_solver::krait_solver() : vars(1), trail(1), dclause_records(1), dclause_slot(1), tclauses(1) {}
 
-bool krait_solver::bounds_conflict(bound a, bound b) const {
-  if (a.var != b.var || a.is_lower == b.is_lower) return false;
-  bound lower = a.is_lower ? a : b;
-  bound upper = a.is_lower ? b : a;
-  if (vars[a.var].intvar) {
-    const double lower_value = std::ceil(lower.value), upper_value = std::floor(upper.value);
-    if (lower_value != lower.value) lower = {lower.var, true, false, lower_value};
-    if (upper_value != upper.value) upper = {upper.var, false, false, upper_value};
-    // No integer lies strictly between two consecutive integers.
-    if (lower.strict && upper.strict && lower.value == upper.value - 1.0) return true;
-  }
-  return lower.value > upper.value || (lower.value == upper.value && (lower.strict || upper.strict));
-}
-
 bound krait_solver::normalize_bound(bound b) const {
   round_endpoint_for_int(vars[b.var].intvar, b.is_lower, b.strict, b.value);
   return b;

@@ -8,9 +8,13 @@ void krait_solver::note_reason(u32 dclause_index) {
 }
 
 bool krait_solver::visit_watch(bound_ref trigger, dclause_watch w, bool& remove) {
+  return visit_watch(bound_of(trigger), w, remove);
+}
+
+bool krait_solver::visit_watch(bound t, dclause_watch w, bool& remove) {
   remove = false;
   dclause& c = dclause_at(w.dclause);
-  if (!bounds_conflict(bound_of(trigger), c.atoms[w.position])) return false;
+  if (!bounds_conflict(t, c.atoms[w.position])) return false;
 
   // Move the watch to an atom that is not false, if there is one.
   const u32 other = c.watch[0] == w.position ? c.watch[1] : c.watch[0];
@@ -40,6 +44,7 @@ bool krait_solver::visit_bound(bound_ref trigger) {
   // A new lower bound can falsify upper atoms, a new upper bound lower atoms.
   std::vector<dclause_watch>& watches =
       id_is_lower(trigger.id) ? vars[trigger.var].dclause_watches_ub : vars[trigger.var].dclause_watches_lb;
+  const bound t = bound_of(trigger);
   for (std::size_t i = 0; i < watches.size();) {
     const dclause_watch w = watches[i];
     const dclause& c = dclause_at(w.dclause);
@@ -48,7 +53,7 @@ bool krait_solver::visit_bound(bound_ref trigger) {
       continue;
     }
     bool remove;
-    if (visit_watch(trigger, w, remove)) return true;
+    if (visit_watch(t, w, remove)) return true;
     if (remove) {
       watches[i] = watches.back();
       watches.pop_back();

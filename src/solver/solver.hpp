@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <deque>
 #include <map>
@@ -157,7 +158,7 @@ struct krait_solver {
   std::vector<trail_level> trail;  // levels 0..dlevel are live; deeper records are spares
   u32 max_backjump = 0;
 
-  bool bounds_conflict(bound a, bound b) const;
+  bool bounds_conflict(bound a, bound b) const;  // inline below: the hottest test of all
   static bool bounds_equal(bound a, bound b) { return ::bounds_equal(a, b); }
   static bool bound_less(bound a, bound b) { return ::bound_less(a, b); }
   bound normalize_bound(bound b) const;
@@ -222,6 +223,7 @@ struct krait_solver {
                     var_view& view);
   void enqueue_implication(u32 var, bool is_lower);
   bool visit_watch(bound_ref trigger, dclause_watch watch, bool& remove);
+  bool visit_watch(bound trigger, dclause_watch watch, bool& remove);
   bool visit_bound(bound_ref trigger);
   bool propagate();
   void clear_queues();
@@ -366,3 +368,17 @@ struct krait_solver {
   // power = base^n, the base being y for pow and x for nrt.
   bool deduce_power_relation(rule_inputs& in, u32 t, bool base_is_y);
 };
+
+inline bool krait_solver::bounds_conflict(bound a, bound b) const {
+  if (a.var != b.var || a.is_lower == b.is_lower) return false;
+  bound lower = a.is_lower ? a : b;
+  bound upper = a.is_lower ? b : a;
+  if (vars[a.var].intvar) {
+    const double lower_value = std::ceil(lower.value), upper_value = std::floor(upper.value);
+    if (lower_value != lower.value) lower = {lower.var, true, false, lower_value};
+    if (upper_value != upper.value) upper = {upper.var, false, false, upper_value};
+    // No integer lies strictly between two consecutive integers.
+    if (lower.strict && upper.strict && lower.value == upper.value - 1.0) return true;
+  }
+  return lower.value > upper.value || (lower.value == upper.value && (lower.strict || upper.strict));
+}
