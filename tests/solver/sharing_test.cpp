@@ -100,7 +100,9 @@ TEST(SharedDefinitions, TheTableGrowsAndForgetsErasedEntries) {
   for (int i = 0; i < 500; ++i) {
     const u32 found = table.find(sharable_arithconst(i * 0.5));
     EXPECT_EQ(found == sharable_table::npos, i % 2 == 0) << i;
-    if (i % 2 == 1) EXPECT_EQ(found, positions[i]);
+    if (i % 2 == 1) {
+      EXPECT_EQ(found, positions[i]);
+    }
   }
 }
 
