@@ -1,10 +1,12 @@
 #pragma once
 
 #include <initializer_list>
+#include <cstdint>
 #include <ostream>
 #include <string>
 #include <vector>
 
+#include "hexpr/translate.hpp"
 #include "lang/symtab.hpp"
 
 // Node kinds. The numbers appear in diagnostics and relations are tested as a range
@@ -55,6 +57,11 @@ class hexpr {
   virtual void print_hexpr(const std::string& indent, std::ostream& out) const;
   // A new node of the same class with the node's own data but no children.
   virtual hexpr* new_node() const { return new hexpr; }
+  // The local rewrite of preprocessing, called once the children are rewritten: returns the
+  // node that takes this one's place (this node is deleted if that is another one).
+  virtual hexpr* simplify() { return this; }
+  // The subterm's variables and clauses at one unwinding step.
+  virtual translation_result hexpr2krait(krait_solver& solver, std::uint32_t step, std::uint32_t polarity);
 };
 
 // Deep copy; shares nothing with the source.
@@ -139,4 +146,6 @@ class hexpr_relop : public hexpr_2_ary_node {
  public:
   using hexpr_2_ary_node::hexpr_2_ary_node;
   hexpr* new_node() const override { return new hexpr_relop; }
+  hexpr* simplify() override;
+  translation_result hexpr2krait(krait_solver& solver, std::uint32_t step, std::uint32_t polarity) override;
 };

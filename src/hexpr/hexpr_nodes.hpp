@@ -25,6 +25,7 @@ class hexpr_const : public hexpr_leaf_node {
   hexpr_kind get_opname() const override { return HEXPR_CONST; }
   void print_hexpr_opname(const std::string& prefix, std::ostream& out) const override;
   hexpr* new_node() const override;
+  translation_result hexpr2krait(krait_solver& solver, std::uint32_t step, std::uint32_t polarity) override;
 
   std::string text;  // as written; "true"/"false" for folded Booleans; empty for plain numbers
   double value;
@@ -40,6 +41,7 @@ class hexpr_var : public hexpr_leaf_node {
   hexpr_kind get_opname() const override { return HEXPR_VAR; }
   void print_hexpr_opname(const std::string& prefix, std::ostream& out) const override;
   hexpr* new_node() const override;
+  translation_result hexpr2krait(krait_solver& solver, std::uint32_t step, std::uint32_t polarity) override;
 
   std::string name;  // without the quote
   bool primed = false;
@@ -51,20 +53,24 @@ class hexpr_var : public hexpr_leaf_node {
 class hexpr_not : public hexpr_node_of<hexpr_not, hexpr_1_ary_node, HEXPR_NOT> {
  public:
   using hexpr_node_of::hexpr_node_of;
+  translation_result hexpr2krait(krait_solver& solver, std::uint32_t step, std::uint32_t polarity) override;
 };
 class hexpr_uminus : public hexpr_node_of<hexpr_uminus, hexpr_1_ary_node, HEXPR_UMINUS> {
  public:
   using hexpr_node_of::hexpr_node_of;
+  hexpr* simplify() override;
 };
 // Round, square and curly brackets alike.
 class hexpr_parentheses : public hexpr_node_of<hexpr_parentheses, hexpr_1_ary_node, HEXPR_PARENTHESES> {
  public:
   using hexpr_node_of::hexpr_node_of;
+  hexpr* simplify() override;
 };
 // Root of a plain formula; also wraps each part of a transition system for translation.
 class hexpr_formula : public hexpr_node_of<hexpr_formula, hexpr_1_ary_node, HEXPR_FORMULA> {
  public:
   using hexpr_node_of::hexpr_node_of;
+  translation_result hexpr2krait(krait_solver& solver, std::uint32_t step, std::uint32_t polarity) override;
 };
 
 // ---- Binary nodes ----
@@ -72,23 +78,28 @@ class hexpr_formula : public hexpr_node_of<hexpr_formula, hexpr_1_ary_node, HEXP
 class hexpr_sub : public hexpr_node_of<hexpr_sub, hexpr_2_ary_node, HEXPR_SUB> {
  public:
   using hexpr_node_of::hexpr_node_of;
+  hexpr* simplify() override;
 };
 class hexpr_imp : public hexpr_node_of<hexpr_imp, hexpr_2_ary_node, HEXPR_IMP> {
  public:
   using hexpr_node_of::hexpr_node_of;
+  hexpr* simplify() override;
 };
 class hexpr_xor : public hexpr_node_of<hexpr_xor, hexpr_2_ary_node, HEXPR_XOR> {
  public:
   using hexpr_node_of::hexpr_node_of;
+  hexpr* simplify() override;
 };
 class hexpr_nxor : public hexpr_node_of<hexpr_nxor, hexpr_2_ary_node, HEXPR_NXOR> {
  public:
   using hexpr_node_of::hexpr_node_of;
+  hexpr* simplify() override;
 };
 // A relation in solver-ready form, followed (when it is linear) by its linear-term version.
 class hexpr_constraint : public hexpr_node_of<hexpr_constraint, hexpr_2_ary_node, HEXPR_CONSTRAINT> {
  public:
   using hexpr_node_of::hexpr_node_of;
+  translation_result hexpr2krait(krait_solver& solver, std::uint32_t step, std::uint32_t polarity) override;
 };
 
 class hexpr_equ : public hexpr_node_of<hexpr_equ, hexpr_relop, HEXPR_EQU> {
@@ -129,18 +140,26 @@ class hexpr_proof_spec : public hexpr_node_of<hexpr_proof_spec, hexpr_3_ary_node
 class hexpr_and : public hexpr_node_of<hexpr_and, hexpr_n_ary_node, HEXPR_AND> {
  public:
   using hexpr_node_of::hexpr_node_of;
+  hexpr* simplify() override;
+  translation_result hexpr2krait(krait_solver& solver, std::uint32_t step, std::uint32_t polarity) override;
 };
 class hexpr_or : public hexpr_node_of<hexpr_or, hexpr_n_ary_node, HEXPR_OR> {
  public:
   using hexpr_node_of::hexpr_node_of;
+  hexpr* simplify() override;
+  translation_result hexpr2krait(krait_solver& solver, std::uint32_t step, std::uint32_t polarity) override;
 };
 class hexpr_add : public hexpr_node_of<hexpr_add, hexpr_n_ary_node, HEXPR_ADD> {
  public:
   using hexpr_node_of::hexpr_node_of;
+  hexpr* simplify() override;
+  translation_result hexpr2krait(krait_solver& solver, std::uint32_t step, std::uint32_t polarity) override;
 };
 class hexpr_mul : public hexpr_node_of<hexpr_mul, hexpr_n_ary_node, HEXPR_MUL> {
  public:
   using hexpr_node_of::hexpr_node_of;
+  hexpr* simplify() override;
+  translation_result hexpr2krait(krait_solver& solver, std::uint32_t step, std::uint32_t polarity) override;
 };
 
 // A call of one of the built-in functions: abs, exp, sin, cos (one argument), min, max,
@@ -153,6 +172,8 @@ class hexpr_function : public hexpr_n_ary_node {
   void print_hexpr_opname(const std::string& prefix, std::ostream& out) const override;
   hexpr* new_node() const override { return new hexpr_function(name); }
   void add_subexpr(hexpr* child) override;
+  hexpr* simplify() override;
+  translation_result hexpr2krait(krait_solver& solver, std::uint32_t step, std::uint32_t polarity) override;
 
   std::string name;
 };
