@@ -141,6 +141,8 @@ void translate_part(krait_solver& solver, hexpr* root, int part, u32 step) {
   hexpr*& slot = static_cast<hexpr_inner_node*>(root)->subexprs_begin()[part];
   hexpr_formula* formula = new hexpr_formula(slot);
   const int phase = part + 1;
+  // Variables made for this step (auxiliary ones too) are ordered by it in the bmc orders.
+  solver.order_key_counter = step;
   solver.set_translation_phase(static_cast<u32>(phase));
   translation_phase = phase;
   formula->hexpr2krait(solver, step, 1);

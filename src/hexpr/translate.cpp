@@ -69,8 +69,11 @@ void register_result(krait_solver& s, hexpr_n_ary_node* node, u32 step, const tr
 }  // namespace
 
 u32 instance_of(krait_solver& solver, hexpr_symobj& symbol, u32 index) {
-  // Each new instance follows the one before it, so shifting can step through them one by one.
+  // Each new instance follows the one before it, so shifting can step through them one by one;
+  // its order key is its own step, whatever step is being translated.
+  const u32 translated_step = solver.order_key_counter;
   while (symbol.instances.size() <= index) {
+    solver.order_key_counter = static_cast<u32>(symbol.instances.size());
     const u32 v = symbol.is_int ? solver.define_int_var(symbol.lower, symbol.upper)
                                 : solver.define_float_var(symbol.lower, symbol.upper);
     if (!symbol.instances.empty()) {
@@ -80,6 +83,7 @@ u32 instance_of(krait_solver& solver, hexpr_symobj& symbol, u32 index) {
     }
     symbol.instances.push_back(static_cast<int>(v));
   }
+  solver.order_key_counter = translated_step;
   return static_cast<u32>(symbol.instances[index]);
 }
 
