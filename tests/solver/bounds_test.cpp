@@ -11,8 +11,6 @@ using namespace test_solver;
 
 namespace {
 
-bound lower(u32 v, double value, bool strict = false) { return {v, true, strict, value}; }
-bound upper(u32 v, double value, bool strict = false) { return {v, false, strict, value}; }
 
 }  // namespace
 

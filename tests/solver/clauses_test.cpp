@@ -4,10 +4,10 @@
 #include "support/capture.hpp"
 #include "test_solver.hpp"
 
+using namespace test_solver;
+
 namespace {
 
-bound lower(u32 v, double value, bool strict = false) { return {v, true, strict, value}; }
-bound upper(u32 v, double value, bool strict = false) { return {v, false, strict, value}; }
 
 void expect_fatal(const std::function<void()>& body, const std::string& message) {
   const captured_run run = run_captured(body);

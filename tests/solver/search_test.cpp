@@ -6,10 +6,10 @@
 
 #include "test_solver.hpp"
 
+using namespace test_solver;
+
 namespace {
 
-bound lower(u32 v, double value, bool strict = false) { return {v, true, strict, value}; }
-bound upper(u32 v, double value, bool strict = false) { return {v, false, strict, value}; }
 
 struct range {
   bool strict_lo, strict_hi;

@@ -12,6 +12,9 @@ inline u32 add_var(krait_solver& s, bool is_int = false) {
   return static_cast<u32>(++s.num_variables);
 }
 
+inline bound lower(u32 v, double value, bool strict = false) { return {v, true, strict, value}; }
+inline bound upper(u32 v, double value, bool strict = false) { return {v, false, strict, value}; }
+
 inline origin decision() { return {KRAIT_ORIGIN_DECISION, 0, {}}; }
 
 // Pushes a bound without any of the assignment's tests.
