@@ -9,11 +9,6 @@
 
 using namespace test_solver;
 
-namespace {
-
-
-}  // namespace
-
 TEST(BoundValues, ConflictsRespectStrictnessAndIntegrality) {
   krait_solver s;
   const u32 r = add_var(s), i = add_var(s, true), other = add_var(s);

@@ -9,11 +9,6 @@
 
 using namespace test_solver;
 
-namespace {
-
-
-}  // namespace
-
 TEST(SharedDefinitions, TclausesAreMadeOncePerOperationAndOperands) {
   krait_solver s;
   const u32 x = s.define_float_var(-5, 5), y = s.define_float_var(-5, 5);
