@@ -79,9 +79,11 @@ void krait_solver::mark_reason(bound b, const origin& why) {
         add_reason_bound(b, false);
         break;
       }
-      // The other atoms were false: their oldest falsifying bounds are the reasons.
+      // The other atoms were false: their oldest falsifying bounds are the reasons. The atom
+      // that became true is recognised in integer form too (x > 2.5 is stored as x >= 3).
+      const bound implied = normalize_bound(b);
       for (const bound& a : atoms) {
-        if (!bounds_equal(a, b)) mark_antecedent(find_falsifying_bound(a));
+        if (!bounds_equal(normalize_bound(a), implied)) mark_antecedent(find_falsifying_bound(a));
       }
       break;
     }
