@@ -93,9 +93,10 @@ void minimize(krait_solver& solver) {
     solver.add_unit_dclause(solver.make_bound(objective, 0, upper));
     return solver.solve();
   };
+  bool after_unsatisfiable = false;
   for (;;) {
     const double mid = (lo + best) * 0.5;
-    if (mid == lo) {
+    if (after_unsatisfiable && mid == lo) {
       // The gap can no longer be halved: settle on the best range once more and keep it.
       if (!step(best)) {
         solver.get_upper_bound(objective, strict, best);
@@ -103,7 +104,8 @@ void minimize(krait_solver& solver) {
       }
       break;
     }
-    if (step(mid)) {
+    after_unsatisfiable = step(mid);
+    if (after_unsatisfiable) {
       lo = mid;
       solver.pop_context();
       continue;

@@ -100,12 +100,12 @@ translation_result hexpr_constraint::hexpr2krait(krait_solver& s, u32 step, u32 
 }
 
 translation_result hexpr_relop::hexpr2krait(krait_solver& s, u32 step, u32 polarity) {
-  const hexpr_kind kind = get_opname();
-  if (kind == HEXPR_EQU) error("Unexpected case HEXPR_EQU in hexpr_relop::hexpr2krait.");
-  if (kind == HEXPR_NEQ) error("Unexpected case HEXPR_NEQ in hexpr_relop::hexpr2krait.");
   const translation_result left = children[0]->hexpr2krait(s, step, polarity);
   if (left.var == 0) error("Subexpression of an hexpr_relop node is a bound.");
   if (children[1]->get_opname() != HEXPR_CONST) error("Relop has non-constant righthand side.");
+  const hexpr_kind kind = get_opname();
+  if (kind == HEXPR_EQU) error("Unexpected case HEXPR_EQU in hexpr_relop::hexpr2krait.");
+  if (kind == HEXPR_NEQ) error("Unexpected case HEXPR_NEQ in hexpr_relop::hexpr2krait.");
   const double value = static_cast<const hexpr_const*>(children[1])->value;
   const u32 relation = kind == HEXPR_LEQ ? 0 : kind == HEXPR_LES ? 1 : kind == HEXPR_GEQ ? 2 : 3;
   return of_bound(s.make_bound(left.var, relation, value));
