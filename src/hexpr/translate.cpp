@@ -1,7 +1,10 @@
 // Translation of normalised trees into solver variables, tclauses and dclauses.
 #include "hexpr/translate.hpp"
 
+#include <algorithm>
+#include <iterator>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "driver/error.hpp"
@@ -171,24 +174,12 @@ translation_result hexpr_function::hexpr2krait(krait_solver& s, u32 step, u32 po
   u32 z = 0;
   if (!with_exponent && children.size() > 1) z = operand(s, children[1], step, polarity, "hexpr_function");
   const double c = with_exponent ? static_cast<const hexpr_const*>(children[1])->value : 0.0;
-  u32 functor;
-  if (name == "abs") {
-    functor = KRAIT_ABS;
-  } else if (name == "exp") {
-    functor = KRAIT_EXP;
-  } else if (name == "cos") {
-    functor = KRAIT_COS;
-  } else if (name == "min") {
-    functor = KRAIT_MIN;
-  } else if (name == "max") {
-    functor = KRAIT_MAX;
-  } else if (name == "pow") {
-    functor = KRAIT_POW;
-  } else if (name == "nrt") {
-    functor = KRAIT_NRT;
-  } else {
-    error("Unexpected case in hexpr_function::hexpr2krait.");
-  }
+  static const std::pair<const char*, u32> functors[] = {{"abs", KRAIT_ABS}, {"exp", KRAIT_EXP}, {"cos", KRAIT_COS},
+                                                         {"min", KRAIT_MIN}, {"max", KRAIT_MAX}, {"pow", KRAIT_POW},
+                                                         {"nrt", KRAIT_NRT}};
+  const auto* found = std::find_if(std::begin(functors), std::end(functors), [&](const auto& f) { return name == f.first; });
+  if (found == std::end(functors)) error("Unexpected case in hexpr_function::hexpr2krait.");
+  const u32 functor = found->second;
   const translation_result r = of_var(s.add_tclause(functor, y, z, c));
   register_result(s, this, step, r);
   return r;
