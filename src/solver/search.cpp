@@ -14,9 +14,15 @@ bool krait_solver::solve() {
   restart_limit_b = b_init;
   reusable_dclauses.clear();
   split_pos = static_cast<u32>(vars.size()) - 1;
+  budget_exhausted = false;
 
   bool unsatisfiable;
   for (;;) {
+    if (step_budget != 0 && num_decisions + num_conflicts >= step_budget) {
+      budget_exhausted = true;
+      unsatisfiable = false;
+      break;
+    }
     if (!propagate()) {
       if (decide()) continue;
       unsatisfiable = false;

@@ -271,6 +271,10 @@ struct krait_solver {
   u64 tot_assignments = 0, tot_ineffective = 0, tot_decisions = 0, tot_conflicts = 0;
   u32 tot_restarts = 0, tot_max_backjump = 0, tot_max_dlevel = 0, tot_max_dlevel_depth = 0;
   double tot_time_solver = 0.0;
+  // Harnesses that must end (fuzzing) cap the decisions plus conflicts of one search; 0 is no
+  // cap. A capped search reports a candidate box and sets `budget_exhausted`.
+  u64 step_budget = 0;
+  bool budget_exhausted = false;
 
   bool solve();
   void restart();
