@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cfenv>
 #include <climits>
+#include <cmath>
 #include <cstdlib>
 
 #include "driver/error.hpp"
@@ -23,13 +24,27 @@ double ran0() {
   return (1.0 / im) * s;
 }
 
-double midpoint(double lo, double hi) { return lo + (hi - lo) * 0.5; }
+namespace {
+
+constexpr int watched_fp_exceptions = FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW | FE_UNDERFLOW;
+
+}  // namespace
+
+double midpoint(double lo, double hi) {
+  const double width = hi - lo;
+  if (std::isinf(width)) return lo * 0.5 + hi * 0.5;
+  return lo + width * 0.5;
+}
 
 bool fp_exceptions_raised() {
-  constexpr int watched = FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW | FE_UNDERFLOW;
-  if (std::fetestexcept(watched) == 0) return false;
-  std::feclearexcept(watched);
+  if (std::fetestexcept(watched_fp_exceptions) == 0) return false;
+  std::feclearexcept(watched_fp_exceptions);
   return true;
+}
+
+void clear_fp_exceptions() {
+  // Testing first is cheaper than clearing unconditionally, and nothing is usually raised.
+  if (std::fetestexcept(watched_fp_exceptions) != 0) std::feclearexcept(watched_fp_exceptions);
 }
 
 std::uint64_t process_cpu_milliseconds() {

@@ -9,13 +9,15 @@ extern std::int32_t random_seed;
 // Next number of the generator, strictly between 0 and 1.
 double ran0();
 
-// lo + (hi - lo) * 0.5, in that form, so that the result stays inside [lo, hi] without
-// overflowing for large ends.
+// lo + (hi - lo) * 0.5, in that form; lo * 0.5 + hi * 0.5 where hi - lo overflows. The result
+// may round onto an end when no double lies strictly between the ends and it.
 double midpoint(double lo, double hi);
 
 // True (and the four flags cleared) if invalid, divide-by-zero, overflow or underflow is
 // raised; false and nothing changed otherwise. Inexact is not looked at.
 bool fp_exceptions_raised();
+// Clears the same four flags, so that a computation starts with none raised.
+void clear_fp_exceptions();
 
 // User plus system CPU time of the process, in milliseconds.
 std::uint64_t process_cpu_milliseconds();

@@ -21,6 +21,8 @@ bool krait_solver::deduce(bound_ref trigger, u32 t) {
 }
 
 bool krait_solver::read_rule_inputs(bound_ref trigger, u32 t, rule_inputs& in) const {
+  // Whatever an earlier computation raised must not drop the bounds this rule derives.
+  clear_fp_exceptions();
   const bound_entry& e = vars[trigger.var].bounds.entry(trigger.id);
   // A real bound this tclause produced itself cannot narrow anything further through it;
   // integer bounds may have been rounded on the way in, so they are looked at again.

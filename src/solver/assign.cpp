@@ -9,6 +9,15 @@ bool krait_solver::assign_bound(u32 var, bool is_lower, bool strict, double valu
   // A bound computed through overflow, underflow, a division by zero or an invalid operation
   // is not trustworthy: drop it silently.
   if (fp_exceptions_raised()) return false;
+  const bool conflict = check_and_push(var, is_lower, strict, value, why, view);
+  // The tests below may overflow themselves (the distance between two huge bounds); that must
+  // not drop the next, unrelated bound.
+  clear_fp_exceptions();
+  return conflict;
+}
+
+bool krait_solver::check_and_push(u32 var, bool is_lower, bool strict, double value, const origin& why,
+                                  var_view& view) {
   if (value == 0.0) value = 0.0;  // never store -0.0
   std::fesetround(FE_TONEAREST);
 

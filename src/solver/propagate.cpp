@@ -68,6 +68,9 @@ bool krait_solver::visit_bound(bound_ref trigger) {
 }
 
 bool krait_solver::propagate() {
+  // Parsing, preprocessing and translation compute too; what they raised says nothing about
+  // the atoms asserted here.
+  clear_fp_exceptions();
   if (backjump_pending) {
     backjump_pending = false;
     if (backjump_level < dlevel) backtrack(backjump_level);
