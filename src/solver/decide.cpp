@@ -42,24 +42,51 @@ void krait_solver::init_var_order() {
   }
 }
 
+namespace {
+
+// Where a range is cut: its midpoint, 1000 beyond a lone bound (or as far again as the bound
+// lies from 0, where 1000 is absorbed by its magnitude), or 0 for no bound at all.
+double split_point(bool has_lo, double lo, bool has_hi, double hi) {
+  if (has_lo && has_hi) return midpoint(lo, hi);
+  if (has_lo) return lo + 1000.0 == lo ? lo + std::fabs(lo) : lo + 1000.0;
+  if (has_hi) return hi - 1000.0 == hi ? hi - std::fabs(hi) : hi - 1000.0;
+  return 0.0;
+}
+
+// A cut that does not fall strictly inside the range would leave one half equal to the whole
+// range, and the search could repeat it without end.
+bool strictly_inside(bool has_lo, double lo, bool has_hi, double hi, double s) {
+  return (!has_lo || lo < s) && (!has_hi || s < hi);
+}
+
+}  // namespace
+
 bool krait_solver::decide() {
   const u32 depth = static_cast<u32>(current_trail().bounds.size());
   if (depth > max_dlevel_depth) max_dlevel_depth = depth;
   if (var_order_list.size() <= 1) return false;  // no variable at all
   const u32 last = static_cast<u32>(var_order_list.size()) - 1;
   if (split_pos > last) split_pos = last;
+  unsplittable_range = false;  // only the scan that ends the search counts
 
   // Round robin from the position after the variable split last.
   u32 p = split_pos >= last ? 1 : split_pos + 1;
   u32 v;
-  bool has_lo, has_hi;
-  double lo = 0.0, hi = 0.0;
+  double split;
   for (;;) {
     v = var_order_list[p].var;
-    bool strict;
+    bool strict, has_lo, has_hi;
+    double lo = 0.0, hi = 0.0;
     has_lo = get_lower_bound(v, strict, lo);
     has_hi = get_upper_bound(v, strict, hi);
-    if (!has_lo || !has_hi || !(hi - lo < min_split_width)) break;
+    if (!has_lo || !has_hi || !(hi - lo < min_split_width)) {
+      // Only the cut itself is computed here; an overflow inside it does not taint the decision.
+      clear_fp_exceptions();
+      split = split_point(has_lo, lo, has_hi, hi);
+      clear_fp_exceptions();
+      if (strictly_inside(has_lo, lo, has_hi, hi, split)) break;
+      unsplittable_range = true;
+    }
     if (p == split_pos) return false;  // every position seen: a candidate box
     p = p == last ? 1 : p + 1;
   }
@@ -67,10 +94,9 @@ bool krait_solver::decide() {
   ++num_decisions;
   open_decision_level();
   if (dlevel > max_dlevel) max_dlevel = dlevel;
-  const double split = has_lo && has_hi ? midpoint(lo, hi) : has_lo ? lo + 1000.0 : has_hi ? hi - 1000.0 : 0.0;
   const bool upper_half = ran0() <= 0.5;  // v >= split; otherwise v <= split
   var_view view = view_of(v);
-  // The split point lies inside the range, so the decision cannot conflict.
+  // The split point lies strictly inside the range, so the decision cannot conflict.
   assign_bound(v, upper_half, false, split, {KRAIT_ORIGIN_DECISION, 0, {}}, view);
   split_pos = p;
   return true;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <iostream>
 
+#include "driver/error.hpp"
 #include "solver/solver.hpp"
 
 bool krait_solver::solve() {
@@ -15,6 +16,7 @@ bool krait_solver::solve() {
   reusable_dclauses.clear();
   split_pos = static_cast<u32>(vars.size()) - 1;
   budget_exhausted = false;
+  unsplittable_range = false;
 
   bool unsatisfiable;
   for (;;) {
@@ -38,6 +40,9 @@ bool krait_solver::solve() {
 
   timer.stop(time_solver);
   if (restarts && num_restarts != 0) std::cout << std::endl;
+  if (!unsatisfiable && !budget_exhausted && unsplittable_range) {
+    warning("The candidate box is wider than min_split_width where a range cannot be split further.");
+  }
   fold_statistics();
   return unsatisfiable;
 }

@@ -221,6 +221,7 @@ struct krait_solver {
 
   bool assign_bound(u32 var, bool is_lower, bool strict, double value, const origin& why,
                     var_view& view);
+  bool check_and_push(u32 var, bool is_lower, bool strict, double value, const origin& why, var_view& view);
   void enqueue_implication(u32 var, bool is_lower);
   bool visit_watch(bound_ref trigger, dclause_watch watch, bool& remove);
   bool visit_watch(bound trigger, dclause_watch watch, bool& remove);
@@ -238,6 +239,9 @@ struct krait_solver {
   u64 num_decisions = 0;
   u32 max_dlevel = 0;
   u32 max_dlevel_depth = 0;
+  // Set when the latest scan passed over a range that is wide enough but has no cut strictly
+  // inside; the search warns if it ends in a box that holds one.
+  bool unsplittable_range = false;
 
   void init_var_order();
   bool decide();
