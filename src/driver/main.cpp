@@ -72,7 +72,8 @@ void forward_settings(krait_solver& solver) {
 
 void minimize(krait_solver& solver) {
   const symbol_ref entry = symtab.lookup(given.objective);
-  if (entry == no_symbol()) error("Objective variable '%s' does not exist!", given.objective);
+  // The translation's own symbols are no variables of the input.
+  if (entry == no_symbol() || (*entry)->hidden) error("Objective variable '%s' does not exist!", given.objective);
   // A declared variable the formula never mentions still gets its instance.
   const u32 objective = instance_of(solver, **entry, 0);
   double lo = (*entry)->lower;

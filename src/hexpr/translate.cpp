@@ -29,11 +29,18 @@ u32 operand(krait_solver& s, hexpr* child, u32 step, u32 polarity, const char* o
   return r.var;
 }
 
+// The name of the symbol that stands for solver variable v: "V_" and v, after a '$' that no
+// identifier of the input can hold, so that it never meets a user's name; "+" or "-" in front
+// for an upper- or lower-bound literal.
+std::string helper_name(int kind, u32 v) {
+  return std::string(kind == 1 ? "+" : kind == 2 ? "-" : "") + "$V_" + std::to_string(v);
+}
+
 // Binds the node to the symbol `name` (made with `make` when there is none yet).
 template <class make_symbol>
 hexpr_symobj& bind_symbol(symbol_ref& entry, hexpr* node, const std::string& name, make_symbol make) {
   symbol_ref found = symtab.lookup(name);
-  if (found == no_symbol()) found = symtab.declare_variable(make());
+  if (found == no_symbol()) found = symtab.declare_helper(make());
   entry = found;
   (*found)->users.push_back(node);
   return **found;
@@ -47,7 +54,7 @@ void register_result(krait_solver& s, hexpr_n_ary_node* node, u32 step, const tr
   const int kind = r.var != 0 ? 0 : r.b.is_lower ? 2 : 1;
   bool mismatch = false;
   if (node->symbol_entry == no_symbol()) {
-    const std::string name = std::string(kind == 1 ? "+" : kind == 2 ? "-" : "") + "V_" + std::to_string(v);
+    const std::string name = helper_name(kind, v);
     bind_symbol(node->symbol_entry, node, name, [&] {
       hexpr_symobj* record = new hexpr_symobj(name, 0.0, 0.0, true, false, true);
       record->instances.push_back(static_cast<int>(v));
@@ -188,7 +195,7 @@ translation_result hexpr_function::hexpr2krait(krait_solver& s, u32 step, u32 po
 translation_result hexpr_const::hexpr2krait(krait_solver& s, u32, u32) {
   if (symbol_entry != no_symbol()) return of_var(static_cast<u32>((*symbol_entry)->instances.back()));
   const u32 v = s.define_constant_var(value);
-  const std::string name = "V_" + std::to_string(v);
+  const std::string name = helper_name(0, v);
   bind_symbol(symbol_entry, this, name, [&] {
     hexpr_symobj* record = new hexpr_symobj(name, value, value, true, true, true);
     record->instances.push_back(static_cast<int>(v));

@@ -22,6 +22,10 @@ symbol_ref hexpr_symtab::declare_variable(hexpr_symobj* record) {
   if (constants.contains(record->name))
     error("%s has been defined to be a constant; it cannot be redefined to be a variable.", name);
   if (lookup(record->name) != variables.end()) error("Redefinition of variable %s", name);
+  return declare_helper(record);
+}
+
+symbol_ref hexpr_symtab::declare_helper(hexpr_symobj* record) {
   const symbol_ref position = variables.insert(record).first;
   // Records inserted while no frame is open live as long as the table.
   if (!frames.empty()) frames.back().push_back(position);

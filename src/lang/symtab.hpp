@@ -66,6 +66,8 @@ class hexpr_symtab {
 
   // Takes ownership of `record`; a name already in use ends the run.
   symbol_ref declare_variable(hexpr_symobj* record);
+  // The same for a symbol of the translation's own, whose name no input can hold: no checks.
+  symbol_ref declare_helper(hexpr_symobj* record);
   void define_constant(const std::string& name, double value);
   symbol_ref lookup(std::string_view name) { return variables.find(name); }
   constant_map::const_iterator find_constant(std::string_view name) const { return constants.find(name); }

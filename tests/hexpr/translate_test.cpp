@@ -81,9 +81,9 @@ TEST(Translate, BooleanConstantFormulas) {
     std::cout << "unsatisfiable " << unsatisfiable << " after " << s.num_decisions << " decisions\n";
   };
   EXPECT_EQ(translated("true", {}, solve).out,
-            "1 variables\nasserted V_1 >= 1\nV_1 [1, 1] int static hidden 0: 1<1>1\nunsatisfiable 0 after 0 decisions\n");
+            "1 variables\nasserted V_1 >= 1\n$V_1 [1, 1] int static hidden 0: 1<1>1\nunsatisfiable 0 after 0 decisions\n");
   EXPECT_EQ(translated("false", {}, solve).out,
-            "1 variables\nasserted V_1 >= 1\nV_1 [0, 0] int static hidden 0: 1<1>1\nunsatisfiable 1 after 0 decisions\n");
+            "1 variables\nasserted V_1 >= 1\n$V_1 [0, 0] int static hidden 0: 1<1>1\nunsatisfiable 1 after 0 decisions\n");
 }
 
 TEST(Translate, OccurrencesDenoteTheInstanceOfTheirStep) {
@@ -118,7 +118,7 @@ TEST(Translate, ArithmeticBecomesSharedTclauses) {
                      "V_3 = sum(V_1, V_2, 0)\nV_4 = exp(V_3, V_0, 0)\nV_6 = sum(V_5, V_2, 0)\nV_7 = exp(V_6, V_0, 0)\n"
                      "V_8 = scale(V_7, V_0, -1)\nV_9 = sum(V_4, V_8, 0)\n"
                      "asserted V_9 <= 0\n"
-                     "V_2 [3, 3] int static hidden 0: 2<2>2\nx [-10, 10] float: 0<1>0\ny [-10, 10] float: 0<5>0\n");
+                     "$V_2 [3, 3] int static hidden 0: 2<2>2\nx [-10, 10] float: 0<1>0\ny [-10, 10] float: 0<5>0\n");
   // The same product twice is one variable; the conjunction adds the fourth.
   expect_translation("x * y <= 1; x * y >= 0",
                      "4 variables\nV_3 = product(V_1, V_2, 0)\nasserted V_4 >= 1\n"
@@ -144,9 +144,9 @@ TEST(Translate, StepsLinkInstancesAndTransitionResults) {
   // In the transition relation the results are named too, so that they link like instances;
   // the conjunction is a lower-bound literal.
   expect_translation("x' = x + 1",
-                     tclauses + "-V_5 [0, 0] int hidden 2: 0<5>9 5<9>13 9<13>0\n" +
-                         "V_2 [0, 0] int hidden 0: 0<2>6 2<6>10 6<10>0\n" +
-                         "V_4 [0, 0] int hidden 0: 0<4>8 4<8>12 8<12>0\n" + x,
+                     tclauses + "$V_2 [0, 0] int hidden 0: 0<2>6 2<6>10 6<10>0\n" +
+                         "$V_4 [0, 0] int hidden 0: 0<4>8 4<8>12 8<12>0\n" +
+                         "-$V_5 [0, 0] int hidden 2: 0<5>9 5<9>13 9<13>0\n" + x,
                      {.steps = {0, 1, 2}, .phase = 2});
 }
 
