@@ -10,7 +10,9 @@
 #include <vector>
 
 #include "driver/error.hpp"
+#include "driver/utils.hpp"
 #include "hexpr/hexpr_nodes.hpp"
+#include "interval/endpoint.hpp"
 
 namespace {
 
@@ -431,6 +433,43 @@ hexpr* hexpr_mul::simplify() {
 
 hexpr* hexpr_relop::simplify() { return simplify_relation(this); }
 
+namespace {
+
+// A constant power or root is folded only where the double result is the exact value; otherwise
+// the node stays, and the solver's outward-rounded narrowing encloses the true value.
+bool exact_power(double base, double exponent, double& result) {
+  if (exponent == 0.0) {
+    result = 1.0;
+    return true;
+  }
+  const double below = krait_pow(base, exponent, true), above = krait_pow(base, exponent, false);
+  clear_fp_exceptions();
+  result = below;
+  return below == above && std::isfinite(below);
+}
+
+// The candidate pow(|b|, 1/n) (negated for a negative b and odd n) or one of its neighbours,
+// raised to n exactly, must give b back.
+bool exact_root(double base, double n, double& result) {
+  const bool even = std::fmod(n, 2.0) == 0.0;
+  if (!std::isfinite(base) || (base < 0.0 && even)) return false;
+  double root = std::pow(std::fabs(base), 1.0 / n);
+  if (base < 0.0) root = -root;
+  bool found = false;
+  for (double candidate : {root, std::nextafter(root, -HUGE_VAL), std::nextafter(root, HUGE_VAL)}) {
+    double power;
+    if (exact_power(candidate, n, power) && power == base && (!even || candidate >= 0.0)) {
+      result = candidate;
+      found = true;
+      break;
+    }
+  }
+  clear_fp_exceptions();
+  return found;
+}
+
+}  // namespace
+
 hexpr* hexpr_function::simplify() {
   const std::size_t n = children.size();
   const bool binary = name == "min" || name == "max" || name == "pow" || name == "nrt";
@@ -455,7 +494,8 @@ hexpr* hexpr_function::simplify() {
   }
   if (name == "pow") {
     const double e = value_of(children[1]);
-    if (constant_argument) return replace(number(std::pow(value_of(children[0]), e)));
+    double folded;
+    if (constant_argument && exact_power(value_of(children[0]), e, folded)) return replace(number(folded));
     if (e == 0.0) return replace(number(1.0));
     if (e == 1.0) {
       hexpr* base = children[0];
@@ -463,8 +503,9 @@ hexpr* hexpr_function::simplify() {
       return replace(base);
     }
   }
-  if (name == "nrt" && constant_argument) {
-    return replace(number(std::pow(value_of(children[0]), 1.0 / value_of(children[1]))));
+  double folded;
+  if (name == "nrt" && constant_argument && exact_root(value_of(children[0]), value_of(children[1]), folded)) {
+    return replace(number(folded));
   }
   return this;
 }
