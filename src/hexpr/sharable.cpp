@@ -1,12 +1,26 @@
 #include "hexpr/sharable.hpp"
 
+#include <cstdint>
+
 #include "driver/error.hpp"
 
 namespace {
 
-// Low 32 bits of the value truncated toward zero to 64 bits.
+// Low 32 bits of the value truncated toward zero to 64 bits. Values beyond that range saturate
+// (NaN counts as 0): converting them directly is undefined.
 std::uint32_t truncated(double value) {
-  return static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
+  constexpr double limit = 9223372036854775808.0;  // 2^63
+  std::int64_t whole;
+  if (!(value == value)) {
+    whole = 0;
+  } else if (value >= limit) {
+    whole = INT64_MAX;
+  } else if (value < -limit) {
+    whole = INT64_MIN;
+  } else {
+    whole = static_cast<std::int64_t>(value);
+  }
+  return static_cast<std::uint32_t>(whole);
 }
 
 bool commutative(std::uint32_t functor) { return functor == 0 || functor == 2 || functor == 3 || functor == 4; }

@@ -20,11 +20,11 @@ void krait_solver::push_context() {
 
 void krait_solver::pop_context() {
   context_frame& f = context_stack.back();
-  // Back to level 0 first, so that this jump does not count in the next search's statistics.
-  backtrack(0);
+  // The next search's statistics start here, so the jump out of a candidate box counts in them.
   num_assignments = num_ineffective = num_decisions = num_conflicts = 0;
   num_restarts = max_backjump = max_dlevel = max_dlevel_depth = 0;
   time_solver = 0.0;
+  backtrack(0);
 
   // Level-0 bounds and reasons added since the push, newest first.
   trail_level& level0 = trail[0];

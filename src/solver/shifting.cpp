@@ -26,17 +26,22 @@ void krait_solver::reuse_dclauses(const std::vector<saved_dclause>& saved) {
 }
 
 // Copies of template t one step later (or earlier) at a time, as long as every variable of the
-// last copy has an instance there.
+// last copy has an instance there and the copy differs from the last one.
 u32 krait_solver::shift(u32 t, bool forward) {
   std::vector<bound> atoms = forward && dclause_at(t).latest_copy != 0 ? dclause_at(dclause_at(t).latest_copy).atoms
                                                                        : dclause_at(t).atoms;
   u32 copies = 0;
   for (;;) {
+    bool moved = false;
     for (bound& a : atoms) {
       const u32 next = forward ? vars[a.var].next_var : vars[a.var].prev_var;
       if (next == 0) return copies;
+      moved |= next != a.var;
       a.var = next;
     }
+    // Atoms only on variables that are their own instance at every step (constants, terms of
+    // static variables) hold at every step already: a copy would be the same clause again.
+    if (!moved) return copies;
     const u32 i = add_dclause(atoms, true);
     dclause& copy = dclause_at(i);
     dclause& source = dclause_at(t);
