@@ -438,11 +438,8 @@ namespace {
 // A constant power or root is folded only where the double result is the exact value; otherwise
 // the node stays, and the solver's outward-rounded narrowing encloses the true value.
 bool exact_power(double base, double exponent, double& result) {
-  if (exponent == 0.0) {
-    result = 1.0;
-    return true;
-  }
-  const double below = krait_pow(base, exponent, true), above = krait_pow(base, exponent, false);
+  const double below = power_by_multiplication(base, exponent, true);
+  const double above = power_by_multiplication(base, exponent, false);
   clear_fp_exceptions();
   result = below;
   return below == above && std::isfinite(below);

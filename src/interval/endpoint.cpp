@@ -157,6 +157,15 @@ double library_log(double x) { return std::log(x); }
 
 }  // namespace
 
+double power_by_multiplication(double x, double n, bool want_lower) {
+  const bool negative = x < 0 && (static_cast<long long>(n) & 1) != 0;
+  // |x|^n rounded toward the side that becomes the wanted one after the sign.
+  rounding::toward(negative ? !want_lower : want_lower);
+  double power = directed_power(std::fabs(x), n);
+  rounding::nearest();
+  return negative ? -power : power;
+}
+
 double krait_pow(double x, double n, bool want_lower) {
   const bool odd = (static_cast<long long>(n) & 1) != 0;
   rounding::nearest();

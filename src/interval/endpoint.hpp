@@ -32,6 +32,10 @@ void round_endpoint_for_int(bool is_int, bool is_lower, bool& strict, double& va
 double krait_pow(double x, double n, bool want_lower);
 double krait_nrt(double x, double n, bool want_lower);
 
+// x^n for an integral n >= 0 by repeated multiplication, every product rounded toward the wanted
+// side: the two ends are equal exactly when x^n is a double. Leaves round-to-nearest.
+double power_by_multiplication(double x, double n, bool want_lower);
+
 // Library functions widened outward by 1e-12, evaluated at round-to-nearest.
 double cos_rounded(double x, bool want_lower);
 double acos_rounded(double x, bool want_lower);

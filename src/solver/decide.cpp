@@ -56,7 +56,7 @@ double split_point(bool has_lo, double lo, bool has_hi, double hi) {
 // A cut that does not fall strictly inside the range would leave one half equal to the whole
 // range, and the search could repeat it without end.
 bool strictly_inside(bool has_lo, double lo, bool has_hi, double hi, double s) {
-  return (!has_lo || lo < s) && (!has_hi || s < hi);
+  return std::isfinite(s) && (!has_lo || lo < s) && (!has_hi || s < hi);
 }
 
 }  // namespace

@@ -41,6 +41,13 @@ TEST(Midpoint, UsesTheOverflowSafeForm) {
   // lo + (hi - lo) * 0.5 differs from (lo + hi) * 0.5 in the last bit for these.
   const double lo = 0.1, hi = 0.7;
   EXPECT_EQ(midpoint(lo, hi), lo + (hi - lo) * 0.5);
+  // A width beyond the doubles falls back on the halves, and stays finite.
+  EXPECT_EQ(midpoint(-DBL_MAX, DBL_MAX), 0.0);
+  EXPECT_EQ(midpoint(-DBL_MAX, DBL_MAX / 2), -DBL_MAX / 4);
+  // Two neighbouring doubles have no midpoint between them: it rounds onto an end.
+  const double a = 1e17, b = std::nextafter(a, 2e17);
+  const double m = midpoint(a, b);
+  EXPECT_TRUE(m == a || m == b);
 }
 
 TEST(FpExceptions, ReportsAndClearsTheFourWatchedFlags) {
@@ -63,6 +70,10 @@ TEST(FpExceptions, ReportsAndClearsTheFourWatchedFlags) {
   std::feraiseexcept(FE_INEXACT);
   EXPECT_FALSE(fp_exceptions_raised());
   EXPECT_NE(std::fetestexcept(FE_INEXACT), 0);
+  // clear_fp_exceptions drops the four without reporting them.
+  std::feraiseexcept(FE_OVERFLOW | FE_UNDERFLOW | FE_INVALID | FE_DIVBYZERO);
+  clear_fp_exceptions();
+  EXPECT_FALSE(fp_exceptions_raised());
   std::feclearexcept(FE_ALL_EXCEPT);
 }
 

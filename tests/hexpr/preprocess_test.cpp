@@ -170,6 +170,17 @@ TEST(Preprocess, FunctionsOfConstantsFold) {
     EXPECT_EQ(prepared(formula), x_at_most_2) << formula;
   EXPECT_EQ(prepared("x ^ 0 <= 2"), is_true);
   EXPECT_NE(prepared("cos(0) * x <= 2").find("+-FUNCTION cos\n"), std::string::npos);
+  // Powers and roots of constants fold only to exact values: the others stay for the solver,
+  // whose narrowing encloses the true value.
+  for (const char* formula : {"nrt(64, 3) * x <= 8", "nrt(-8, 3) * x >= -4", "nrt(4294967296, 32) * x <= 4",
+                              "pow(-0.5, 3) * x >= -0.25", "pow(2, 0) * x <= 2", "nrt(0, 4) + x <= 2"})
+    EXPECT_EQ(prepared(formula), x_at_most_2) << formula;
+  for (const char* formula : {"nrt(2, 2) * x <= 2", "nrt(-8, 2) * x <= 2", "pow(1.1, 3) * x <= 2", "pow(10, 400) * x <= 2",
+                              "pow(1e-200, 2) * x <= 2", "nrt(27.000000000000004, 3) * x <= 2"}) {
+    const std::string dump = prepared(formula);
+    EXPECT_TRUE(dump.find("+-FUNCTION pow\n") != std::string::npos || dump.find("+-FUNCTION nrt\n") != std::string::npos)
+        << formula << dump;
+  }
 }
 
 TEST(Preprocess, FatalInputs) {

@@ -1,9 +1,13 @@
 // Hand-traced searches: decisions, learning, backjumps, restarts and the statistics they leave.
 #include <gtest/gtest.h>
 
+#include <cfenv>
+#include <cfloat>
+#include <cmath>
 #include <iostream>
 #include <sstream>
 
+#include "support/capture.hpp"
 #include "test_solver.hpp"
 
 using namespace test_solver;
@@ -252,4 +256,116 @@ TEST(Search, RestartsPrintTheirLinesAndAnEmptyLineAfter) {
   EXPECT_FALSE(s.solve());
   EXPECT_EQ(out.text.str(), "    Restarting (number of conflicts: 1)\n\n");
   EXPECT_EQ(s.num_restarts, 1u);
+}
+
+TEST(Decisions, RangesWithNoCutInsideAreSkippedAndTheBoxSaysSo) {
+  random_seed = 13;
+  krait_solver s;
+  const double a = 1e17, b = std::nextafter(a, 2e17);  // 16 apart, no double between
+  s.define_float_var(a, b);
+  s.init_var_order();
+  s.split_pos = 1;
+  ASSERT_FALSE(s.propagate());
+  EXPECT_FALSE(s.decide());
+  EXPECT_TRUE(s.unsplittable_range);
+  EXPECT_EQ(s.num_decisions, 0u);
+
+  // A lone bound so large that 1000 vanishes next to it is cut as far again from 0; where even
+  // that overflows there is no cut.
+  krait_solver one_sided;
+  const u32 far = one_sided.define_var(true, false, true, false, 1e300, false, 0.0);
+  one_sided.init_var_order();
+  one_sided.split_pos = 1;
+  ASSERT_FALSE(one_sided.propagate());
+  ASSERT_TRUE(one_sided.decide());
+  bool strict;
+  double value;
+  if (!one_sided.get_upper_bound(far, strict, value)) ASSERT_TRUE(one_sided.get_lower_bound(far, strict, value));
+  EXPECT_EQ(value, 2e300);
+  krait_solver beyond;
+  beyond.define_var(true, false, true, false, 0.75 * DBL_MAX, false, 0.0);
+  beyond.init_var_order();
+  beyond.split_pos = 1;
+  ASSERT_FALSE(beyond.propagate());
+  EXPECT_FALSE(beyond.decide());
+  EXPECT_TRUE(beyond.unsplittable_range);
+
+  // The search warns once, before it returns the box.
+  const captured_run run = run_captured([&] {
+    random_seed = 13;
+    krait_solver search;
+    search.define_float_var(a, b);
+    search.define_float_var(0, 1);
+    EXPECT_FALSE(search.solve());
+  });
+  EXPECT_EQ(run.out,
+            "\nWarning: The candidate box is wider than min_split_width where a range cannot be split further.\n");
+}
+
+TEST(Assignment, AnOverflowInOneAssertionNeverDropsTheNextBound) {
+  krait_solver s;
+  const u32 x = add_range(s, -1e308, 1e308), y = add_range(s, 0, 1);
+  const origin rule{KRAIT_ORIGIN_TCLAUSE, 1, {}};
+  var_view vx = s.view_of(x), vy = s.view_of(y);
+  // The improvement test of this one computes 1e308 - (-1e308).
+  EXPECT_FALSE(s.assign_bound(x, true, false, 1e308, rule, vx));
+  EXPECT_FALSE(s.assign_bound(y, true, false, 0.5, rule, vy));
+  bool strict;
+  double value;
+  ASSERT_TRUE(s.get_lower_bound(y, strict, value));
+  EXPECT_EQ(value, 0.5);
+  // A flag raised by the computation of the bound itself still drops it.
+  volatile double huge = DBL_MAX;
+  volatile double overflowed = huge * 2.0;
+  (void)overflowed;
+  EXPECT_FALSE(s.assign_bound(y, false, false, 0.75, rule, vy));
+  ASSERT_TRUE(s.get_upper_bound(y, strict, value));
+  EXPECT_EQ(value, 1.0);
+}
+
+// Every search over extreme magnitudes ends: ranges of one or two doubles, subnormals, ranges
+// whose width overflows, under several splitting widths. Sums and products join in only where
+// their ranges are computed without overflow or underflow: a bound computed through either is
+// dropped, which leaves the result unbounded, and a one-sided range is then walked 1000 at a
+// time.
+TEST(Termination, SearchesOverExtremeMagnitudesEnd) {
+  const double tiny = std::nextafter(0.0, 1.0);
+  const std::vector<std::pair<double, double>> ranges = {
+      {1e-300, 2e-300},  {tiny, 4 * tiny},      {-DBL_MIN, DBL_MIN},          {-DBL_MAX, DBL_MAX},
+      {-1e308, 1e308},   {1e17, 1e17 + 32},     {6e14, 6e14 + 0.125},         {1, std::nextafter(1.0, 2.0)},
+      {1e300, 1e301},    {-1e200, -1e199},      {1e15, std::nextafter(std::nextafter(1e15, 2e15), 2e15)}};
+  auto clean = [](double lo1, double hi1, double lo2, double hi2) {
+    std::feclearexcept(FE_ALL_EXCEPT);
+    volatile double corners[] = {lo1 + lo2, hi1 + hi2, lo1 * lo2, lo1 * hi2, hi1 * lo2, hi1 * hi2};
+    (void)corners;
+    const bool raised = std::fetestexcept(FE_OVERFLOW | FE_UNDERFLOW) != 0;
+    std::feclearexcept(FE_ALL_EXCEPT);
+    return !raised;
+  };
+  int searches = 0, with_arithmetic = 0;
+  for (double msw : {0.1, 1e-17, 1e-300, 0.0}) {
+    for (const auto& [lo1, hi1] : ranges) {
+      for (const auto& [lo2, hi2] : ranges) {
+        captured_cout quiet;
+        random_seed = 13;
+        krait_solver s;
+        s.set_min_split_width(msw);
+        s.step_budget = 20000;
+        const u32 x = s.define_float_var(lo1, hi1), y = s.define_float_var(lo2, hi2);
+        s.add_dclause({s.make_bound(x, 2, midpoint(lo1, hi1)), s.make_bound(y, 1, midpoint(lo2, hi2))}, false);
+        if (clean(lo1, hi1, lo2, hi2)) {
+          const u32 sum = s.add_tclause(KRAIT_SUM, x, y, 0.0);
+          const u32 product = s.add_tclause(KRAIT_PRODUCT, x, y, 0.0);
+          s.add_dclause({s.make_bound(product, 0, lo1 * lo2), s.make_bound(sum, 2, hi1 + lo2)}, false);
+          ++with_arithmetic;
+        }
+        s.solve();
+        EXPECT_FALSE(s.budget_exhausted) << "msw " << msw << " x in [" << lo1 << ", " << hi1 << "], y in [" << lo2
+                                         << ", " << hi2 << "]";
+        ++searches;
+      }
+    }
+  }
+  EXPECT_EQ(searches, 4 * 121);
+  EXPECT_GT(with_arithmetic, 4 * 40);
 }

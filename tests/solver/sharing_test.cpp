@@ -52,6 +52,12 @@ TEST(SharedDefinitions, ConstantsCollideInTheHashButStayDistinct) {
   const u32 b = s.define_constant_var(1.25);
   EXPECT_NE(a, b);
   EXPECT_EQ(sharable_arithconst(1.5).hash_val(), sharable_arithconst(1.25).hash_val());
+  // Beyond 64 bits the key saturates (NaN is 0) instead of converting out of range.
+  EXPECT_EQ(sharable_arithconst(1e30).hash_val(), sharable_arithconst(INFINITY).hash_val());
+  EXPECT_EQ(sharable_arithconst(1e30).hash_val(), 0xFFFFFFFFu);
+  EXPECT_EQ(sharable_arithconst(-1e30).hash_val(), 0u);
+  EXPECT_EQ(sharable_arithconst(NAN).hash_val(), 0u);
+  EXPECT_EQ(sharable_tclause(KRAIT_SCALE, 3, 0, 1e300).hash_val(), sharable_tclause(KRAIT_SCALE, 3, 0, 1e20).hash_val());
   EXPECT_EQ(s.num_constant, 2u);
   const bound t = s.true_bound();
   EXPECT_TRUE(bounds_equal(t, lower(s.define_constant_var(1.0), 1)));

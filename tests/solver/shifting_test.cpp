@@ -105,3 +105,23 @@ TEST(Shifting, ReuseBringsClausesBackAndPendingTemplatesGrowWithTheUnwinding) {
   EXPECT_EQ(plain.s.pending_templates.size(), 1u);
   plain.s.shift_pending();  // a plain learned clause has no copies to extend
 }
+
+TEST(Shifting, ClausesOnStepInvariantVariablesGetNoCopies) {
+  unwinding u;
+  for (int step = 0; step < 3; ++step) u.add_step();
+  u.s.shifting = true;
+  // A constant (or a term of static variables) is its own instance at every step.
+  const u32 k = u.s.define_int_var(0, 3);
+  u.s.vars[k].prev_var = k;
+  u.s.vars[k].next_var = k;
+  const std::vector<bound> invariant{{k, false, false, 1}, {k, true, false, 3}};
+  const auto [t, count] = u.s.learn_dclause(invariant, KRAIT_PART_TRANS);
+  EXPECT_EQ(count, 1u);
+  EXPECT_TRUE(u.s.dclause_at(t).copies.empty());
+  EXPECT_EQ(u.s.shift_forward(t), 0u);
+  EXPECT_EQ(u.s.shift_backward(t), 0u);
+  // Mixed with a variable that moves, the clause is copied as far as that one has instances.
+  const auto [m, mixed] = u.s.learn_dclause({{k, false, false, 1}, {u.b[1], true, false, 1}}, KRAIT_PART_TRANS);
+  EXPECT_EQ(mixed, 3u);
+  EXPECT_EQ(u.s.dclause_at(m).copies.size(), 2u);
+}
