@@ -2,16 +2,13 @@
 #include <cmath>
 
 #include "interval/rounding.hpp"
-#include "solver/solver.hpp"
+#include "interval/rule.hpp"
 
-bool krait_solver::deduce_exp(bound_ref trigger, u32 t) {
-  rule_inputs in;
-  if (!read_rule_inputs(trigger, t, in)) return false;
-  // exp and log are increasing: each bound maps to a bound of the same side.
-  const double value = in.on_x() ? log_rounded(in.value.value, in.is_lower) : exp_rounded(in.value.value, in.is_lower);
-  const endpoint e{in.value.strict, value};
-  return in.on_x() ? narrow(in.tc.y, in.y, in.is_lower, e, t, {trigger})
-                   : narrow(in.tc.x, in.x, in.is_lower, e, t, {trigger});
+void narrow_exp(rule& r) {
+  const endpoint a = r.trigger();
+  // exp and log are increasing: each end maps to an end of the same side.
+  const double value = r.on_x() ? log_rounded(a.value, r.lower()) : exp_rounded(a.value, r.lower());
+  r.emit(r.on_x() ? 1 : 0, r.lower(), {a.strict, value}, {r.trigger_end()});
 }
 
 namespace {
@@ -48,52 +45,44 @@ double periods_below(double v) {
   return std::floor(rounding::div(v, two_pi));
 }
 
-}  // namespace
+endpoint cos_end(endpoint e, bool lower) { return {e.strict, cos_rounded(e.value, lower)}; }
 
-bool krait_solver::deduce_cos(bound_ref trigger, u32 t) {
-  rule_inputs in;
-  if (!read_rule_inputs(trigger, t, in)) return false;
-  const u32 x = in.tc.x, y = in.tc.y;
-  const var_view& xv = in.x;
-  const var_view& yv = in.y;
-  bool conflict = false;
+bool in_range(endpoint e, double from, double to) { return from <= e.value && e.value <= to; }
 
-  if (!in.on_x()) {
-    // Forward: y's range, moved by whole periods into [0, 2*pi), decides which monotone
-    // pieces of cos it covers.
-    if (!yv.has_lower || !yv.has_upper) return false;
-    rounding::nearest();
-    if (!(rounding::sub(yv.upper, yv.lower) < two_pi)) return false;
-    const double k = periods_below(yv.lower);
-    const endpoint lo{yv.lower_strict, shifted(yv.lower, k, true, false)};
-    const endpoint hi{yv.upper_strict, shifted(yv.upper, k, false, false)};
-    rounding::nearest();
-    const antecedent_list reasons{{y, yv.lower_id}, {y, yv.upper_id}};
-    auto cos_end = [](endpoint e, bool lower) { return endpoint{e.strict, cos_rounded(e.value, lower)}; };
-    auto in_range = [](endpoint e, double from, double to) { return from <= e.value && e.value <= to; };
-    if (in_range(lo, 0, pi) && in_range(hi, 0, pi)) {
-      conflict = narrow(x, in.x, true, cos_end(hi, true), t, reasons) ||
-                 narrow(x, in.x, false, cos_end(lo, false), t, reasons);
-    } else if (in_range(lo, pi, two_pi) && in_range(hi, pi, two_pi)) {
-      conflict = narrow(x, in.x, true, cos_end(lo, true), t, reasons) ||
-                 narrow(x, in.x, false, cos_end(hi, false), t, reasons);
-    } else if (in_range(lo, 0, pi) && in_range(hi, pi, two_pi)) {
-      const endpoint a = cos_end(lo, false), b = cos_end(hi, false);
-      conflict = narrow(x, in.x, false, upper_weaker(a, b) ? a : b, t, reasons);
-    } else if (in_range(lo, pi, two_pi) && in_range(hi, two_pi, three_pi)) {
-      const endpoint a = cos_end(lo, true), b = cos_end(hi, true);
-      conflict = narrow(x, in.x, true, lower_weaker(a, b) ? a : b, t, reasons);
-    }
-    rounding::nearest();
-    return conflict;
+// Forward: y's range, moved by whole periods into [0, 2*pi), decides which monotone pieces of
+// cos it covers.
+void forward(rule& r) {
+  const var_ends& y = r.y();
+  if (!y.has_lo || !y.has_hi) return;
+  rounding::nearest();
+  if (!(rounding::sub(y.hi.value, y.lo.value) < two_pi)) return;
+  const double k = periods_below(y.lo.value);
+  const endpoint lo{y.lo.strict, shifted(y.lo.value, k, true, false)};
+  const endpoint hi{y.hi.strict, shifted(y.hi.value, k, false, false)};
+  rounding::nearest();
+  if (in_range(lo, 0, pi) && in_range(hi, 0, pi)) {
+    r.emit(0, true, cos_end(hi, true), {Y_LO, Y_HI});
+    r.emit(0, false, cos_end(lo, false), {Y_LO, Y_HI});
+  } else if (in_range(lo, pi, two_pi) && in_range(hi, pi, two_pi)) {
+    r.emit(0, true, cos_end(lo, true), {Y_LO, Y_HI});
+    r.emit(0, false, cos_end(hi, false), {Y_LO, Y_HI});
+  } else if (in_range(lo, 0, pi) && in_range(hi, pi, two_pi)) {
+    const endpoint a = cos_end(lo, false), b = cos_end(hi, false);
+    r.emit(0, false, upper_weaker(a, b) ? a : b, {Y_LO, Y_HI});
+  } else if (in_range(lo, pi, two_pi) && in_range(hi, two_pi, three_pi)) {
+    const endpoint a = cos_end(lo, true), b = cos_end(hi, true);
+    r.emit(0, true, lower_weaker(a, b) ? a : b, {Y_LO, Y_HI});
   }
+}
 
-  // Backward: within one period, cos y lies in [x_lo, x_hi] on the pieces [-q, -p], [p, q],
-  // [2*pi - q, 2*pi - p] and [2*pi + p, 2*pi + q], with p = acos(x_hi) and q = acos(x_lo),
-  // both rounded outward so that every true point stays inside a piece.
-  if (!xv.has_lower || !xv.has_upper || !(-1.0 < xv.lower) || !(xv.upper < 1.0)) return false;
-  const endpoint p{xv.upper_strict, acos_rounded(xv.upper, true)};
-  const endpoint q{xv.lower_strict, acos_rounded(xv.lower, false)};
+// Backward: within one period, cos y lies in [x_lo, x_hi] on the pieces [-q, -p], [p, q],
+// [2*pi - q, 2*pi - p] and [2*pi + p, 2*pi + q], with p = acos(x_hi) and q = acos(x_lo),
+// both rounded outward so that every true point stays inside a piece.
+void backward(rule& r) {
+  const var_ends &x = r.x(), &y = r.y();
+  if (!x.has_lo || !x.has_hi || !(-1.0 < x.lo.value) || !(x.hi.value < 1.0)) return;
+  const endpoint p{x.hi.strict, acos_rounded(x.hi.value, true)};
+  const endpoint q{x.lo.strict, acos_rounded(x.lo.value, false)};
   struct piece {
     endpoint from, to;
   };
@@ -106,13 +95,12 @@ bool krait_solver::deduce_cos(bound_ref trigger, u32 t) {
                            {p, q},
                            {{q.strict, p3_from}, {p.strict, p3_to}},
                            {{p.strict, p4_from}, {q.strict, p4_to}}};
-  const bound_ref x_lo{x, xv.lower_id}, x_hi{x, xv.upper_id};
 
-  if (yv.has_lower) {
+  if (y.has_lo) {
     // The least point of the pieces not below y_lo. Points below -1 after the shift would need
     // pieces of the previous period, so nothing is concluded there.
-    const double k = periods_below(yv.lower);
-    const endpoint s{yv.lower_strict, shifted(yv.lower, k, true, false)};
+    const double k = periods_below(y.lo.value);
+    const endpoint s{y.lo.strict, shifted(y.lo.value, k, true, false)};
     rounding::nearest();
     if (s.value >= -1.0) {
       for (const piece& pc : pieces) {
@@ -120,14 +108,14 @@ bool krait_solver::deduce_cos(bound_ref trigger, u32 t) {
         const endpoint from = lower_weaker(s, pc.from) ? pc.from : s;
         const endpoint back{from.strict, shifted(from.value, k, true, true)};
         rounding::nearest();
-        conflict = narrow(y, in.y, true, back, t, {x_lo, x_hi, {y, yv.lower_id}});
+        r.emit(1, true, back, {X_LO, X_HI, Y_LO});
         break;
       }
     }
   }
-  if (!conflict && yv.has_upper) {
-    const double k = periods_below(yv.upper);
-    const endpoint s{yv.upper_strict, shifted(yv.upper, k, false, false)};
+  if (y.has_hi) {
+    const double k = periods_below(y.hi.value);
+    const endpoint s{y.hi.strict, shifted(y.hi.value, k, false, false)};
     rounding::nearest();
     if (s.value <= two_pi + 1.0) {
       for (int i = 3; i >= 0; --i) {
@@ -136,11 +124,19 @@ bool krait_solver::deduce_cos(bound_ref trigger, u32 t) {
         const endpoint to = upper_weaker(s, pc.to) ? pc.to : s;
         const endpoint back{to.strict, shifted(to.value, k, false, true)};
         rounding::nearest();
-        conflict = narrow(y, in.y, false, back, t, {x_lo, x_hi, {y, yv.upper_id}});
+        r.emit(1, false, back, {X_LO, X_HI, Y_HI});
         break;
       }
     }
   }
-  rounding::nearest();
-  return conflict;
+}
+
+}  // namespace
+
+void narrow_cos(rule& r) {
+  if (r.on_x()) {
+    backward(r);
+  } else {
+    forward(r);
+  }
 }

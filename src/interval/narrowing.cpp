@@ -1,69 +1,48 @@
-// The machinery shared by the deduction rules of the tclause functors.
-#include <cfenv>
+// The dispatch over functors and the emptiness tests the rules share.
+#include "interval/narrowing.hpp"
 
-#include "driver/error.hpp"
-#include "solver/solver.hpp"
+#include <cmath>
 
-bool krait_solver::deduce(bound_ref trigger, u32 t) {
-  switch (tclauses[t].functor) {
-    case KRAIT_SUM: return deduce_sum(trigger, t);
-    case KRAIT_SCALE: return deduce_scale(trigger, t);
-    case KRAIT_PRODUCT: return deduce_product(trigger, t);
-    case KRAIT_MAX: return deduce_max(trigger, t);
-    case KRAIT_MIN: return deduce_min(trigger, t);
-    case KRAIT_ABS: return deduce_abs(trigger, t);
-    case KRAIT_EXP: return deduce_exp(trigger, t);
-    case KRAIT_COS: return deduce_cos(trigger, t);
-    case KRAIT_POW: return deduce_pow(trigger, t);
-    case KRAIT_NRT: return deduce_nrt(trigger, t);
-    default: error("No deduction rules for this functor implemented yet.");
-  }
-}
+#include "interval/rounding.hpp"
+#include "interval/rule.hpp"
 
-bool krait_solver::read_rule_inputs(bound_ref trigger, u32 t, rule_inputs& in) const {
-  // Whatever an earlier computation raised must not drop the bounds this rule derives.
+bool narrow_tclause(const narrowing_input& in, derivation& out) {
+  out.count = 0;
+  // Whatever an earlier computation raised must not mark the ends this rule derives.
   clear_fp_exceptions();
-  const bound_entry& e = vars[trigger.var].bounds.entry(trigger.id);
-  // A real bound this tclause produced itself cannot narrow anything further through it;
-  // integer bounds may have been rounded on the way in, so they are looked at again.
-  if (e.reason.kind == KRAIT_ORIGIN_TCLAUSE && e.reason.index == t && !vars[trigger.var].intvar) {
-    return false;
+  rule r{in, out};
+  switch (in.functor) {
+    case 0: narrow_sum(r); break;
+    case 1: narrow_scale(r); break;
+    case 2: narrow_product(r); break;
+    case 3: narrow_extremum(r, false); break;
+    case 4: narrow_extremum(r, true); break;
+    case 5: narrow_abs(r); break;
+    case 6: narrow_exp(r); break;
+    case 7: narrow_cos(r); break;
+    case 8: narrow_power(r, true); break;
+    case 9: narrow_power(r, false); break;
+    default: return false;
   }
-  in.tc = tclauses[t];
-  in.trigger = trigger;
-  in.is_lower = id_is_lower(trigger.id);
-  in.value = {e.strict, e.value};
-  in.x = view_of(in.tc.x);
-  in.y = view_of(in.tc.y);
-  in.z = view_of(in.tc.z);
-  // The trigger is the bound the rule works from, even if a newer one lies above it.
-  var_view& own = in.on_x() ? in.x : in.on_y() ? in.y : in.z;
-  if (in.is_lower) {
-    own.lower_strict = e.strict;
-    own.lower = e.value;
-    own.lower_id = trigger.id;
-  } else {
-    own.upper_strict = e.strict;
-    own.upper = e.value;
-    own.upper_id = trigger.id;
-  }
+  rounding::nearest();
+  clear_fp_exceptions();
   return true;
 }
 
-bool krait_solver::narrow(u32 var, var_view& view, bool is_lower, endpoint e, u32 t, antecedent_list reasons) {
-  origin why;
-  why.kind = KRAIT_ORIGIN_TCLAUSE;
-  why.index = t;
-  why.antecedents = reasons;
-  return assign_bound(var, is_lower, e.strict, e.value, why, view);
+bool ends_conflict(endpoint lower, endpoint upper, bool is_int) {
+  if (is_int) {
+    const double lower_value = std::ceil(lower.value), upper_value = std::floor(upper.value);
+    if (lower_value != lower.value) lower = {false, lower_value};
+    if (upper_value != upper.value) upper = {false, upper_value};
+    // No integer lies strictly between two consecutive integers.
+    if (lower.strict && upper.strict && lower.value == upper.value - 1.0) return true;
+  }
+  return lower.value > upper.value || (lower.value == upper.value && (lower.strict || upper.strict));
 }
 
-bool krait_solver::narrow_rounded(u32 var, var_view& view, bool is_lower, endpoint e, u32 t,
-                                  antecedent_list reasons) {
-  round_endpoint_for_int(vars[var].intvar, is_lower, e.strict, e.value);
-  return narrow(var, view, is_lower, e, t, reasons);
-}
-
-bool krait_solver::entails(bound p, bound q) const {
-  return bounds_conflict(p, negate_bound(q));
+bool end_entails(bool lower, endpoint p, endpoint q, bool is_int) {
+  // p entails q when p together with the complement of q leaves nothing.
+  endpoint complement{!q.strict, q.value};
+  round_endpoint_for_int(is_int, !lower, complement.strict, complement.value);
+  return lower ? ends_conflict(p, complement, is_int) : ends_conflict(complement, p, is_int);
 }

@@ -341,40 +341,12 @@ struct krait_solver {
   u32 shift(u32 t, bool forward);
   void shift_pending();
 
-  // ---- Interval narrowing operators (src/interval/narrow_*.cpp) ----
+  // ---- Deduction through tclauses (deduce.cpp) ----
+  // Asks the narrowing operator of tclause t what follows from the trigger and asserts it, in
+  // order, until a conflict.
   bool deduce(bound_ref trigger, u32 t);
-  bool deduce_sum(bound_ref trigger, u32 t);
-  bool deduce_scale(bound_ref trigger, u32 t);
-  bool deduce_product(bound_ref trigger, u32 t);
-  bool deduce_max(bound_ref trigger, u32 t);
-  bool deduce_min(bound_ref trigger, u32 t);
-  bool deduce_abs(bound_ref trigger, u32 t);
-  bool deduce_exp(bound_ref trigger, u32 t);
-  bool deduce_cos(bound_ref trigger, u32 t);
-  bool deduce_pow(bound_ref trigger, u32 t);
-  bool deduce_nrt(bound_ref trigger, u32 t);
-
-  // What every rule starts from: the trigger and the current bounds of x, y and z, with the
-  // trigger standing in for its own variable's bound on its side.
-  struct rule_inputs {
-    tclause tc;
-    bound_ref trigger;
-    bool is_lower = false;  // direction of the trigger
-    endpoint value;         // strictness and value of the trigger
-    var_view x, y, z;
-    bool on_x() const { return trigger.var == tc.x; }
-    bool on_y() const { return trigger.var == tc.y; }
-  };
-  // False when the trigger came from this very tclause on a real variable: nothing new follows.
-  bool read_rule_inputs(bound_ref trigger, u32 t, rule_inputs& in) const;
-  // Hands a computed end to the assignment, with tclause t and `reasons` as its origin.
-  bool narrow(u32 var, var_view& view, bool is_lower, endpoint e, u32 t, antecedent_list reasons);
-  // The same, first rounding the end inward to an integer for an integer variable.
-  bool narrow_rounded(u32 var, var_view& view, bool is_lower, endpoint e, u32 t, antecedent_list reasons);
   // p entails q: p together with the complement of q is empty.
   bool entails(bound p, bound q) const;
-  // power = base^n, the base being y for pow and x for nrt.
-  bool deduce_power_relation(rule_inputs& in, u32 t, bool base_is_y);
 };
 
 inline bool krait_solver::bounds_conflict(bound a, bound b) const {
