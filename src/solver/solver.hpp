@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "driver/utils.hpp"
-#include "hexpr/sharable.hpp"
+#include "solver/sharable.hpp"
 
 #include "interval/endpoint.hpp"
 #include "solver/bm.hpp"

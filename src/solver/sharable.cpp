@@ -1,4 +1,4 @@
-#include "hexpr/sharable.hpp"
+#include "solver/sharable.hpp"
 
 #include <cstdint>
 
