@@ -9,6 +9,10 @@ done
 for package in libgtest-dev libmpfr-dev; do
   dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")
 done
+# The differential soundness suite's oracle (z3) and its outward-rounded interval arithmetic.
+for package in z3 python3-mpmath; do
+  dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")
+done
 
 if [ ${#missing[@]} -gt 0 ]; then
   echo "Installing: ${missing[*]}"
