@@ -292,10 +292,10 @@ def shrinks(case, depth):
                 yield variant(lambda c: getattr(c, attr).__setitem__(i, t))
 
 
-def minimise(binary, case, failure, workdir, budget_s):
+def minimise(binary, case, failure, workdir, budget_s, timeout=TIMEOUT_S):
     """The smallest case found within the budget that fails in the same way."""
     deadline = time.time() + budget_s
-    timeout = min(TIMEOUT_S, 10) if failure.kind == 'timeout' else TIMEOUT_S
+    timeout = min(timeout, 10) if failure.kind == 'timeout' else timeout
     depth = int(m.group(1)) if (m := re.match(r'depth (\d+)', failure.message)) else case.max_depth
     best, best_failure = case, failure
     improved = True
@@ -373,7 +373,7 @@ def save(out_dir, case_id, case, failure, workdir, minimal, minimal_failure):
     return d
 
 
-def one_case(binary, seed, index, known, guess_known, out_dir, minimise_s, z3_boxes):
+def one_case(binary, seed, index, known, guess_known, out_dir, minimise_s, z3_boxes, timeout):
     """Generates, checks and (on failure) minimises and saves case seed-index. Returns
     (case id, family, stats, failure record or None)."""
     case_id = f'{seed}-{index}'
@@ -384,12 +384,12 @@ def one_case(binary, seed, index, known, guess_known, out_dir, minimise_s, z3_bo
         try:
             # A listed case only has to show whether it still fails: a short limit will do.
             check(binary, case, rng, index % DETERMINISM_EVERY == 0, stats, workdir, z3_boxes,
-                  timeout=KNOWN_TIMEOUT_S if case_id in known else TIMEOUT_S)
+                  timeout=KNOWN_TIMEOUT_S if case_id in known else timeout)
             return case_id, case.family, stats, (('fixed', known[case_id], '') if case_id in known else None)
         except Failure as failure:
             tag = known.get(case_id)
             if tag is None and not failure.marginal and out_dir and minimise_s > 0:
-                minimal, minimal_failure = minimise(binary, case, failure, workdir, minimise_s)
+                minimal, minimal_failure = minimise(binary, case, failure, workdir, minimise_s, timeout)
             else:
                 minimal, minimal_failure = case, failure
             where = save(out_dir, case_id, case, failure, workdir, minimal, minimal_failure) if out_dir else ''
@@ -415,6 +415,7 @@ def main():
     ap.add_argument('--out', help='folder for failing cases (default: none in CI, failures/ otherwise)')
     ap.add_argument('--known', default=os.path.join(HERE, 'known.txt'))
     ap.add_argument('--minimise', type=float, default=60, help='seconds of minimisation per failure')
+    ap.add_argument('--timeout', type=float, default=TIMEOUT_S, help='seconds a run of the binary may take')
     ap.add_argument('--z3-boxes', action='store_true', help='also ask z3 about candidate boxes')
     args = ap.parse_args()
     args.binary = os.path.abspath(args.binary)
@@ -441,7 +442,7 @@ def main():
         while pending or more():
             while more() and len(pending) < 2 * args.jobs:
                 pending.add(pool.submit(one_case, args.binary, seed, index, known, fresh, out_dir, args.minimise,
-                                        args.z3_boxes))
+                                        args.z3_boxes, args.timeout))
                 index += 1
             done, pending = wait(pending, return_when=FIRST_COMPLETED)
             if deadline and time.time() - last_progress > PROGRESS_S:
