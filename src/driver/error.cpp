@@ -6,6 +6,8 @@
 
 namespace {
 
+fatal_handler installed_handler = nullptr;
+
 // Each message starts with a newline so that it begins on a fresh line even when the report
 // was in the middle of one.
 void emit(std::FILE* stream, const char* label, const char* format, std::va_list args) {
@@ -24,7 +26,14 @@ void error(const char* format, ...) {
   va_start(args, format);
   emit(stderr, "\nError: ", format, args);
   va_end(args);
-  std::exit(1);
+  end_run(1);
+}
+
+void set_fatal_handler(fatal_handler handler) { installed_handler = handler; }
+
+void end_run(int status) {
+  if (installed_handler != nullptr) installed_handler(status);
+  std::exit(status);
 }
 
 void warning(const char* format, ...) {

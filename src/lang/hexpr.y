@@ -228,7 +228,12 @@ void krait_hexpr_error(const char* message) {
 hexpr* parse_hexpr_file(std::FILE* file) {
   YY_BUFFER_STATE buffer = krait_hexpr__create_buffer(file, hexpr_scanner_buffer_size);
   krait_hexpr__switch_to_buffer(buffer);
+  // A harness parses many inputs in one process, and a fatal error may have left an earlier
+  // parse inside a static declaration or an open call.
   parsed_root = nullptr;
+  static_flag = false;
+  for (hexpr_function* open_call : calls) delete open_call;
+  calls.clear();
   const int failed = krait_hexpr_parse();
   krait_hexpr__delete_buffer(buffer);
   if (failed != 0) {
@@ -237,7 +242,7 @@ hexpr* parse_hexpr_file(std::FILE* file) {
     for (hexpr_function* open_call : calls) delete open_call;
     calls.clear();
     delete parsed_root;
-    std::exit(1);
+    end_run(1);
   }
   return parsed_root;
 }
