@@ -3,10 +3,11 @@
 set -euo pipefail
 
 missing=()
-for tool in cmake:cmake g++:g++ ninja:ninja-build flex:flex bison:bison; do
+for tool in cmake:cmake g++:g++ ninja:ninja-build flex:flex bison:bison clang++:clang; do
   command -v "${tool%%:*}" >/dev/null 2>&1 || missing+=("${tool#*:}")
 done
-for package in libgtest-dev libmpfr-dev; do
+# libclang-rt-dev: the fuzzers' runtime (libFuzzer and the sanitizers for clang).
+for package in libgtest-dev libmpfr-dev libclang-rt-dev; do
   dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")
 done
 # The differential soundness suite's oracle (z3) and its outward-rounded interval arithmetic.

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Sets up, builds and runs every test twice: in the optimised build and under AddressSanitizer
-# with UndefinedBehaviorSanitizer. Exits non-zero on any failure.
+# with UndefinedBehaviorSanitizer; then fuzzes each libFuzzer target for about a minute. Exits
+# non-zero on any failure.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -11,3 +12,5 @@ for flavour in release sanitize; do
   echo "== $flavour tests"
   (cd "build/$flavour" && ctest --output-on-failure -j "$(nproc)")
 done
+echo "== fuzz"
+bash scripts/fuzz.sh 60

@@ -1,0 +1,46 @@
+// Arbitrary bytes as an input file through the scanner, the parser, preprocessing and the
+// translation, set up as the program does it: a plain formula at step 0; for a transition
+// system INIT, then per depth one more TRANS step and TARGET in a context of its own. Nothing
+// is solved.
+#include <cstddef>
+#include <cstdint>
+
+#include "driver/error.hpp"
+#include "harness.hpp"
+#include "hexpr/hexpr_nodes.hpp"
+#include "lang/symtab.hpp"
+#include "solver/solver.hpp"
+
+namespace {
+
+constexpr std::uint32_t max_depth = 2;
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  fuzz::run_input([&] {
+    std::unique_ptr<krait_solver> solver = fuzz::new_solver();
+    std::unique_ptr<hexpr> root = fuzz::parse(data, size);
+    if (root == nullptr) return;
+    switch (root->get_opname()) {
+      case HEXPR_FORMULA:
+        root->hexpr2krait(*solver, 0, 1);
+        break;
+      case HEXPR_PROOF_SPEC:
+        fuzz::translate_part(*solver, *root, 0, 0);
+        for (std::uint32_t k = 0; k <= max_depth; ++k) {
+          if (k > 0) fuzz::translate_part(*solver, *root, 1, k - 1);
+          solver->push_context();
+          symtab.new_frame();
+          fuzz::translate_part(*solver, *root, 2, k);
+          solver->pop_context();
+          symtab.delete_last_frame();
+        }
+        break;
+      default:
+        error("Syntax error in input file.");
+    }
+    fuzz::finish(std::move(solver), std::move(root));
+  });
+  return 0;
+}
