@@ -6,7 +6,8 @@
 #include <random>
 #include <vector>
 
-#include "driver/utils.hpp"
+#include "base/random.hpp"
+#include "base/stopwatch.hpp"
 #include "solver/solver.hpp"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "driver/options.hpp"
 #include "hexpr/hexpr_nodes.hpp"
 #include "hexpr/preprocess.hpp"

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "driver/error.hpp"
-#include "driver/utils.hpp"
+#include "base/error.hpp"
+#include "base/numbers.hpp"
 #include "version.hpp"
 
 run_settings_t run_settings;

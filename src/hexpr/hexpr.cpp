@@ -1,6 +1,6 @@
 #include "hexpr/hexpr.hpp"
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "hexpr/hexpr_nodes.hpp"
 
 hexpr_inner_node::~hexpr_inner_node() {

@@ -1,7 +1,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "hexpr/hexpr_nodes.hpp"
 
 namespace {

@@ -1,6 +1,6 @@
 // The diagnostic dump of expression trees.
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "hexpr/hexpr_nodes.hpp"
 
 const char* hexpr_kind_name(hexpr_kind kind) {

@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "driver/error.hpp"
-#include "driver/utils.hpp"
+#include "base/error.hpp"
+#include "base/numbers.hpp"
 #include "hexpr/hexpr_nodes.hpp"
 #include "interval/endpoint.hpp"
 

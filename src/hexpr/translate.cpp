@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "hexpr/hexpr_nodes.hpp"
 #include "lang/symtab.hpp"
 #include "solver/solver.hpp"

@@ -3,7 +3,7 @@
 #include <cfenv>
 #include <cmath>
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "interval/rounding.hpp"
 
 namespace {

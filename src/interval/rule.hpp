@@ -2,7 +2,7 @@
 
 #include <initializer_list>
 
-#include "driver/utils.hpp"
+#include "base/numbers.hpp"
 #include "interval/narrowing.hpp"
 
 // What every rule works with: its input, and the derivation it fills end by end.

@@ -20,8 +20,8 @@
 %x COMMENT
 
 %{
-#include "driver/error.hpp"
-#include "driver/utils.hpp"
+#include "base/error.hpp"
+#include "base/numbers.hpp"
 #include "hexpr.tab.hpp"
 
 namespace {

@@ -17,7 +17,7 @@ class hexpr;
 #include <cstdio>
 #include <cstdlib>
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "hexpr/hexpr_nodes.hpp"
 #include "lang/parser.hpp"
 #include "lang/scanner.hpp"

@@ -1,6 +1,6 @@
 #include "lang/symtab.hpp"
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "hexpr/hexpr_nodes.hpp"
 
 hexpr_symtab symtab;

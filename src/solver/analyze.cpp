@@ -1,6 +1,6 @@
 // Conflict analysis: the first unique implication point of the current level, the learned
 // dclause over the collected bounds, and the parts of the formula it depends on.
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "solver/solver.hpp"
 
 u8 krait_solver::part_mask_of(const origin& why) const {

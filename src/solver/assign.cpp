@@ -1,7 +1,7 @@
 // The single entry point of every new bound.
 #include <cfenv>
 
-#include "driver/utils.hpp"
+#include "base/numbers.hpp"
 #include "solver/solver.hpp"
 
 bool krait_solver::assign_bound(u32 var, bool is_lower, bool strict, double value, const origin& why,

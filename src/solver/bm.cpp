@@ -1,6 +1,6 @@
 #include "solver/bm.hpp"
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 
 std::uint32_t bm::push(std::vector<bound_entry>& stack, bool is_lower, double value, bool strict,
                        const origin& why) {

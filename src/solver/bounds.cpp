@@ -2,7 +2,7 @@
 // and backtracking.
 #include <cmath>
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "solver/solver.hpp"
 
 krait_solver::krait_solver() : vars(1), trail(1), dclause_records(1), dclause_slot(1), tclauses(1) {}

@@ -2,7 +2,7 @@
 // status, watches, deletion and purging.
 #include <algorithm>
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "solver/solver.hpp"
 
 namespace {

@@ -1,5 +1,5 @@
 // Contexts: everything added after a push is removed again by the matching pop.
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "solver/solver.hpp"
 
 void krait_solver::push_context() {

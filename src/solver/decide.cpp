@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "solver/solver.hpp"
 
 namespace {

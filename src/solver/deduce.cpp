@@ -1,6 +1,6 @@
 // Deduction through a tclause: the narrowing operator derives ends from the current bounds, and
 // each one is asserted with the tclause and the bounds it rests on as its origin.
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "interval/narrowing.hpp"
 #include "solver/solver.hpp"
 

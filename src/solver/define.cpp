@@ -1,7 +1,7 @@
 // Defining variables and making tclauses.
 #include <cmath>
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "solver/solver.hpp"
 #include "version.hpp"
 

@@ -1,7 +1,7 @@
 // Readable dumps of the solver's stores, for a person looking into a run.
 #include <iostream>
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "solver/solver.hpp"
 
 namespace {

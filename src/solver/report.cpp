@@ -1,7 +1,7 @@
 // The settings and statistics blocks of the report.
 #include <iostream>
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "solver/solver.hpp"
 
 void krait_solver::set_min_bound_delta(double delta) {

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <iostream>
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "solver/solver.hpp"
 
 bool krait_solver::solve() {

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 
 namespace {
 

@@ -1,5 +1,5 @@
 // Looking up and recording shared definitions, with the per-context undo logs.
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "solver/solver.hpp"
 
 bool krait_solver::lookup_sharable_expr(std::unique_ptr<sharable_expr>& key, u32 polarity, sharable_entry& out) {

@@ -8,7 +8,9 @@
 #include <utility>
 #include <vector>
 
-#include "driver/utils.hpp"
+#include "base/numbers.hpp"
+#include "base/random.hpp"
+#include "base/stopwatch.hpp"
 #include "solver/sharable.hpp"
 
 #include "interval/endpoint.hpp"

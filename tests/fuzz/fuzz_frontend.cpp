@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "harness.hpp"
 #include "hexpr/hexpr_nodes.hpp"
 #include "lang/symtab.hpp"

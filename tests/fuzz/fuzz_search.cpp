@@ -8,7 +8,7 @@
 #include <iostream>
 #include <vector>
 
-#include "driver/error.hpp"
+#include "base/error.hpp"
 #include "harness.hpp"
 #include "hexpr/hexpr_nodes.hpp"
 #include "lang/symtab.hpp"

@@ -14,8 +14,8 @@
 #include <string>
 #include <unordered_set>
 
-#include "driver/error.hpp"
-#include "driver/utils.hpp"
+#include "base/error.hpp"
+#include "base/random.hpp"
 #include "hexpr/hexpr_nodes.hpp"
 #include "hexpr/preprocess.hpp"
 #include "hexpr/translate.hpp"

@@ -1,4 +1,6 @@
-#include "driver/utils.hpp"
+#include "base/numbers.hpp"
+#include "base/random.hpp"
+#include "base/stopwatch.hpp"
 
 #include <gtest/gtest.h>
 
