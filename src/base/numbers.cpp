@@ -29,6 +29,14 @@ void clear_fp_exceptions() {
   if (std::fetestexcept(watched_fp_exceptions) != 0) std::feclearexcept(watched_fp_exceptions);
 }
 
+std::int64_t truncated_int64(double value) {
+  constexpr double limit = 9223372036854775808.0;  // 2^63
+  if (!(value == value)) return 0;
+  if (value >= limit) return INT64_MAX;
+  if (value < -limit) return INT64_MIN;
+  return static_cast<std::int64_t>(value);
+}
+
 bool str_to_int(const char* text, int& out) {
   char* end = nullptr;
   errno = 0;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 // lo + (hi - lo) * 0.5, in that form; lo * 0.5 + hi * 0.5 where hi - lo overflows. The result
 // may round onto an end when no double lies strictly between the ends and it.
 double midpoint(double lo, double hi);
@@ -9,6 +11,10 @@ double midpoint(double lo, double hi);
 bool fp_exceptions_raised();
 // Clears the same four flags, so that a computation starts with none raised.
 void clear_fp_exceptions();
+
+// `value` truncated toward zero to 64 bits; beyond that range it saturates, and NaN gives 0
+// (the plain conversion would be undefined there).
+std::int64_t truncated_int64(double value);
 
 // Strict conversions: false on success with the value in `out`; true on failure (a range
 // error, or anything after the number) with 0 in `out`.

@@ -66,14 +66,19 @@ namespace {
 // x^n for x >= 0 and integral n >= 1 by repeated squaring, every product rounded in the current
 // direction: each factor is non-negative, so rounding every step down (up) gives a value not
 // above (not below) the exact power.
+// The exponent is walked bit by bit as a double, since it may exceed every integer type.
 double directed_power(double x, double n) {
   double result = 1.0, square = x;
-  for (unsigned long long e = static_cast<unsigned long long>(n); e != 0; e >>= 1) {
-    if (e & 1) result = rounding::mul(result, square);
-    if (e > 1) square = rounding::mul(square, square);
+  for (double e = n; e >= 1.0;) {
+    const double half = std::floor(e * 0.5);  // exact: e is integral
+    if (e != half * 2.0) result = rounding::mul(result, square);
+    e = half;
+    if (e >= 1.0) square = rounding::mul(square, square);
   }
   return result;
 }
+
+bool is_odd(double n) { return std::fmod(n, 2.0) != 0.0; }
 
 // The correction loops below check their result at round-to-nearest, which can leave it an
 // ulp on the wrong side of the exact value. A proof by directed multiplication settles it,
@@ -158,7 +163,7 @@ double library_log(double x) { return std::log(x); }
 }  // namespace
 
 double power_by_multiplication(double x, double n, bool want_lower) {
-  const bool negative = x < 0 && (static_cast<long long>(n) & 1) != 0;
+  const bool negative = x < 0 && is_odd(n);
   // |x|^n rounded toward the side that becomes the wanted one after the sign.
   rounding::toward(negative ? !want_lower : want_lower);
   double power = directed_power(std::fabs(x), n);
@@ -167,7 +172,7 @@ double power_by_multiplication(double x, double n, bool want_lower) {
 }
 
 double krait_pow(double x, double n, bool want_lower) {
-  const bool odd = (static_cast<long long>(n) & 1) != 0;
+  const bool odd = is_odd(n);
   rounding::nearest();
   const bool negative = x < 0;
   if (negative) {

@@ -49,9 +49,10 @@ bool krait_solver::solve() {
 
 namespace {
 
-// floor(limit * factor) in double precision, truncated to 64 bits, keeping the low 32.
+// floor(limit * factor) in double precision, truncated to 64 bits (saturating beyond them, as
+// a huge growth factor can ask), keeping the low 32.
 u32 grown(u32 limit, double factor) {
-  return static_cast<u32>(static_cast<std::int64_t>(std::floor(static_cast<double>(limit) * factor)));
+  return static_cast<u32>(truncated_int64(std::floor(static_cast<double>(limit) * factor)));
 }
 
 }  // namespace

@@ -3,25 +3,12 @@
 #include <cstdint>
 
 #include "base/error.hpp"
+#include "base/numbers.hpp"
 
 namespace {
 
-// Low 32 bits of the value truncated toward zero to 64 bits. Values beyond that range saturate
-// (NaN counts as 0): converting them directly is undefined.
-std::uint32_t truncated(double value) {
-  constexpr double limit = 9223372036854775808.0;  // 2^63
-  std::int64_t whole;
-  if (!(value == value)) {
-    whole = 0;
-  } else if (value >= limit) {
-    whole = INT64_MAX;
-  } else if (value < -limit) {
-    whole = INT64_MIN;
-  } else {
-    whole = static_cast<std::int64_t>(value);
-  }
-  return static_cast<std::uint32_t>(whole);
-}
+// Low 32 bits of the value truncated toward zero to 64 bits (saturating beyond them).
+std::uint32_t truncated(double value) { return static_cast<std::uint32_t>(truncated_int64(value)); }
 
 bool commutative(std::uint32_t functor) { return functor == 0 || functor == 2 || functor == 3 || functor == 4; }
 bool with_constant(std::uint32_t functor) { return functor == 1 || functor == 8 || functor == 9; }

@@ -24,9 +24,8 @@ constexpr u64 step_budget = 1000;
 constexpr double split_widths[16] = {-1, 1, 0.5, 0.1, 0.01, 1e-3, 1e-6, 1e-9,
                                      1e-12, 1e-17, 1e-300, 5e-324, 10, 1000, 1e10, 1e300};
 constexpr double bound_deltas[8] = {-1, 1, 0.5, 0.1, 0.05, 0.001, 1e-4, 100};
-// Restart growth stays far below the factors (beyond about 2e9) whose grown limit overflows the
-// cast to a 64-bit integer, an open fault; add one such factor with its repair.
-constexpr double growth_factors[4] = {1.5, 2, 3, 100};
+// Restart growth factors, up to ones whose grown limit lies beyond 64 bits.
+constexpr double growth_factors[4] = {1.5, 2, 100, 1e300};
 
 struct settings {
   bool reuse = false;

@@ -182,8 +182,7 @@ std::uint64_t run_once(harness& h, const std::function<void()>& body) {
 // can still find new ones; drop each check with its repair:
 // - preprocessing takes time exponential in the nesting depth of relations (x = x = x = ...,
 //   each level rewrites everything below it again, about three times the work per level) and of
-//   xor and nxor (each level copies both operands);
-// - pow and nrt exponents beyond the 64-bit range overflow a cast to an integer.
+//   xor and nxor (each level copies both operands).
 constexpr int max_rewrite_weight = 8;  // along one path: 2 per relation, 1 per xor or nxor
 
 bool hits_open_fault(const hexpr* node, int weight_above) {
@@ -193,14 +192,6 @@ bool hits_open_fault(const hexpr* node, int weight_above) {
   if (weight_above > max_rewrite_weight) return true;
   if (node->is_leaf()) return false;
   const auto* inner = static_cast<const hexpr_inner_node*>(node);
-  if (kind == HEXPR_FUNCTION && inner->subexpr_count() == 2) {
-    const std::string& name = static_cast<const hexpr_function*>(node)->name;
-    const hexpr* exponent = inner->subexprs_begin()[1];
-    if ((name == "pow" || name == "nrt") && exponent->get_opname() == HEXPR_CONST &&
-        std::fabs(static_cast<const hexpr_const*>(exponent)->value) >= 0x1p63) {
-      return true;
-    }
-  }
   for (auto child = inner->subexprs_begin(); child != inner->subexprs_end(); ++child)
     if (*child != nullptr && hits_open_fault(*child, weight_above)) return true;
   return false;

@@ -135,6 +135,13 @@ TEST(Endpoint, PowerOverflowLeavesTheFlagInsteadOfStopping) {
   EXPECT_NE(std::fetestexcept(FE_OVERFLOW), 0);
   std::feclearexcept(FE_ALL_EXCEPT);
   EXPECT_EQ(std::fegetround(), FE_TONEAREST);
+  // Exponents beyond every integer type are walked as doubles (every double from 2^53 on is even).
+  EXPECT_TRUE(std::isinf(krait_pow(2.0, 1e19, false)));
+  EXPECT_EQ(krait_pow(0.5, 1e19, true), 0.0);
+  EXPECT_EQ(power_by_multiplication(-1.0, 1e19, true), 1.0);
+  EXPECT_EQ(power_by_multiplication(-1.0, 9007199254740991.0, false), -1.0);
+  EXPECT_GE(krait_nrt(3.0, 1e20, false), 1.0);
+  std::feclearexcept(FE_ALL_EXCEPT);
 }
 
 TEST(Endpoint, TranscendentalsAreWidenedByTheFixedStep) {

@@ -240,6 +240,11 @@ TEST(Search, RestartScheduleGrowsInsideAnOuterLimit) {
   EXPECT_EQ(limits, (std::vector<u32>{10, 10, 20, 10, 20, 40, 10, 20, 40, 80}));
   EXPECT_EQ(s.num_restarts, 9u);
   EXPECT_EQ(out.text.str().substr(0, 41), "    Restarting (number of conflicts: 0)\n ");
+  // A growth beyond 64 bits saturates before the low 32 bits are kept.
+  s.f_a = 1e300;
+  s.restart_limit_a = 1;
+  s.restart();
+  EXPECT_EQ(s.restart_limit_a, 0xFFFFFFFFu);
 }
 
 TEST(Search, RestartsPrintTheirLinesAndAnEmptyLineAfter) {
