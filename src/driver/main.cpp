@@ -1,192 +1,20 @@
-// The run: options, banner, input, then a plain formula, a minimisation or bounded model
-// checking, each with its report.
+// The program: options, banner, input, then the check with its report.
 #include <cstdio>
 #include <iostream>
-#include <memory>
-#include <vector>
 
 #include "base/error.hpp"
 #include "driver/options.hpp"
-#include "hexpr/hexpr_nodes.hpp"
+#include "hexpr/hexpr.hpp"
 #include "hexpr/preprocess.hpp"
-#include "hexpr/translate.hpp"
 #include "lang/parser.hpp"
 #include "lang/symtab.hpp"
 #include "solver/solver.hpp"
 #include "version.hpp"
 
-namespace {
-
-const run_settings_t& given = run_settings;
-std::ostream& report = std::cout;
-constexpr const char* indent = "    ";
-
-void line(const char* text) { report << text << std::endl; }
-
-void print_settings_section(const krait_solver& solver) {
-  report << std::endl << "SETTINGS:" << std::endl;
-  solver.print_settings(indent);
-  report << std::endl;
-}
-
-void print_statistics_section(const krait_solver& solver) {
-  if (!given.show_statistics) return;
-  report << std::endl << "STATISTICS:" << std::endl;
-  solver.print_statistics(indent);
-}
-
-void print_solution_section(const krait_solver& solver) {
-  if (!given.show_solution) return;
-  report << std::endl << "SOLUTION: " << std::endl;
-  symtab.print_solution(solver, report, true);
-}
-
-// The result block; after an unsatisfiable result an empty line closes it.
-void print_result(const krait_solver& solver, bool unsatisfiable) {
-  line("RESULT:");
-  if (unsatisfiable) {
-    line("    unsatisfiable");
-    print_statistics_section(solver);
-    report << std::endl;
-  } else {
-    line("    candidate solution box found");
-    print_statistics_section(solver);
-    print_solution_section(solver);
-  }
-}
-
-void forward_settings(krait_solver& solver) {
-  if (given.min_split_width >= 0) solver.set_min_split_width(given.min_split_width);
-  if (given.min_bound_delta >= 0) solver.set_min_bound_delta(given.min_bound_delta);
-  if (given.reuse) solver.set_reuse(true);
-  if (given.shifting) solver.set_shifting(true);
-  if (given.restarts) {
-    solver.set_restarts(true);
-    solver.set_a_init(static_cast<u32>(given.a_init));
-    solver.set_b_init(static_cast<u32>(given.b_init));
-    solver.set_f_a(given.f_a);
-    solver.set_f_b(given.f_b);
-  }
-  if (given.var_order >= 0) solver.set_var_order(static_cast<u32>(given.var_order));
-}
-
-void minimize(krait_solver& solver) {
-  const symbol_ref entry = symtab.lookup(given.objective);
-  // The translation's own symbols are no variables of the input.
-  if (entry == no_symbol() || (*entry)->hidden) error("Objective variable '%s' does not exist!", given.objective);
-  // A declared variable the formula never mentions still gets its instance.
-  const u32 objective = instance_of(solver, **entry, 0);
-  double lo = (*entry)->lower;
-
-  print_settings_section(solver);
-  line("MINIMIZING:");
-  report << "    value of variable '" << given.objective << "'" << std::endl;
-  if (solver.solve()) error("Problem is infeasible.");
-  bool strict;
-  double best;
-  solver.get_upper_bound(objective, strict, best);
-  report << "    objective value: " << best << std::endl;
-
-  // Bisection between the proved lower limit and the best value found.
-  auto step = [&](double upper) {
-    solver.push_context();
-    solver.add_unit_dclause(solver.make_bound(objective, 2, lo));
-    solver.add_unit_dclause(solver.make_bound(objective, 0, upper));
-    return solver.solve();
-  };
-  bool after_unsatisfiable = false;
-  for (;;) {
-    const double mid = (lo + best) * 0.5;
-    if (after_unsatisfiable && mid == lo) {
-      // The gap can no longer be halved: settle on the best range once more and keep it.
-      if (!step(best)) {
-        solver.get_upper_bound(objective, strict, best);
-        report << "    objective value: " << best << std::endl;
-      }
-      break;
-    }
-    after_unsatisfiable = step(mid);
-    if (after_unsatisfiable) {
-      lo = mid;
-      solver.pop_context();
-      continue;
-    }
-    solver.get_upper_bound(objective, strict, best);
-    report << "    objective value: " << best << std::endl;
-    if (!(best - lo > 1e-6)) break;
-    solver.pop_context();
-  }
-  print_statistics_section(solver);
-  print_solution_section(solver);
-}
-
-void plain_mode(krait_solver& solver, hexpr* root) {
-  root->hexpr2krait(solver, 0, 1);
-  if (given.min_depth >= 0) warning("Option '--min_depth' without effect when not in BMC mode!");
-  if (given.max_depth >= 0) warning("Option '--max_depth' without effect when not in BMC mode!");
-  if (given.var_order > 2) warning("Choosen variable order without effect when not in BMC mode!");
-  if (given.reuse) warning("Option '--reuse' without effect when not in BMC mode!");
-  if (given.shifting) warning("Option '--shifting' without effect when not in BMC mode!");
-  if (given.minimize) {
-    minimize(solver);
-    return;
-  }
-  print_settings_section(solver);
-  line("SOLVING:");
-  line("    input formula");
-  const bool unsatisfiable = solver.solve();
-  report << std::endl;
-  print_result(solver, unsatisfiable);
-}
-
-// One of INIT (0), TRANS (1) or TARGET (2) at one unwinding step, in its translation phase.
-void translate_part(krait_solver& solver, hexpr* root, int part, u32 step) {
-  hexpr*& slot = static_cast<hexpr_inner_node*>(root)->subexprs_begin()[part];
-  hexpr_formula* formula = new hexpr_formula(slot);
-  const int phase = part + 1;
-  // Variables made for this step (auxiliary ones too) are ordered by it in the bmc orders.
-  solver.order_key_counter = step;
-  solver.set_translation_phase(static_cast<u32>(phase));
-  translation_phase = phase;
-  formula->hexpr2krait(solver, step, 1);
-  solver.set_translation_phase(0);
-  translation_phase = 0;
-  formula->subexprs_begin()[0] = nullptr;  // the part survives for the next step
-  delete formula;
-}
-
-void bmc_mode(krait_solver& solver, hexpr* root) {
-  if (given.minimize) error("Optimization is not yet available in BMC mode!");
-  print_settings_section(solver);
-  translate_part(solver, root, 0, 0);
-  for (int i = 0; i <= given.min_depth - 2; ++i) translate_part(solver, root, 1, static_cast<u32>(i));
-  std::vector<saved_dclause> saved;
-  for (int k = given.min_depth >= 0 ? given.min_depth : 0;; ++k) {
-    line("SOLVING:");
-    report << "    k = " << k << std::endl << std::endl;
-    if (k > 0) {
-      translate_part(solver, root, 1, static_cast<u32>(k - 1));
-      if (given.shifting) solver.shift_pending();
-      if (given.reuse) solver.reuse_dclauses(saved);
-    }
-    solver.push_context();
-    symtab.new_frame();
-    translate_part(solver, root, 2, static_cast<u32>(k));
-    if (given.reuse) saved.clear();
-    const bool unsatisfiable = solver.solve();
-    print_result(solver, unsatisfiable);
-    if (given.reuse) saved = solver.collect_reusable();
-    solver.pop_context();
-    symtab.delete_last_frame();
-    if (given.max_depth >= 0 ? k + 1 > given.max_depth : !unsatisfiable) break;
-  }
-}
-
-}  // namespace
-
 int main(int argc, char** argv) {
   parse_options(argc, argv);
-  report << std::endl << "# This is Krait " KRAIT_VERSION ", compiled on " KRAIT_BUILD_DATE "." << std::endl;
+  const run_settings_t& given = run_settings;
+  std::cout << std::endl << "# This is Krait " KRAIT_VERSION ", compiled on " KRAIT_BUILD_DATE "." << std::endl;
   if (given.input_file == nullptr) error("No input file specified. Try %s --help.", argv[0]);
   std::FILE* input = std::fopen(given.input_file, "r");
   if (input == nullptr) error("Could not open input file.");
@@ -194,19 +22,14 @@ int main(int argc, char** argv) {
   krait_solver* solver = new krait_solver;
   solver->push_context();
   symtab.new_frame();
-  forward_settings(*solver);
+  configure_solver(*solver, given);
 
-  report << "Reading input file '" << given.input_file << "'." << std::endl;
+  std::cout << "Reading input file '" << given.input_file << "'." << std::endl;
   hexpr* root = parse_hexpr_file(input);
   std::fclose(input);
-  line("Preprocessing input formulae.");
+  std::cout << "Preprocessing input formulae." << std::endl;
   root = prepare_hexpr(root);
-
-  switch (root->get_opname()) {
-    case HEXPR_FORMULA: plain_mode(*solver, root); break;
-    case HEXPR_PROOF_SPEC: bmc_mode(*solver, root); break;
-    default: error("Syntax error in input file.");
-  }
+  check_input(*solver, root, given);
 
   solver->pop_context();
   symtab.delete_last_frame();

@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "base/error.hpp"
+#include "driver/run.hpp"
 #include "harness.hpp"
 #include "hexpr/hexpr_nodes.hpp"
 #include "lang/symtab.hpp"
@@ -27,12 +28,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         root->hexpr2krait(*solver, 0, 1);
         break;
       case HEXPR_PROOF_SPEC:
-        fuzz::translate_part(*solver, *root, 0, 0);
+        translate_part(*solver, *root, 0, 0);
         for (std::uint32_t k = 0; k <= max_depth; ++k) {
-          if (k > 0) fuzz::translate_part(*solver, *root, 1, k - 1);
+          if (k > 0) translate_part(*solver, *root, 1, k - 1);
           solver->push_context();
           symtab.new_frame();
-          fuzz::translate_part(*solver, *root, 2, k);
+          translate_part(*solver, *root, 2, k);
           solver->pop_context();
           symtab.delete_last_frame();
         }

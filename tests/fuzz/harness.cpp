@@ -243,21 +243,4 @@ void finish(std::unique_ptr<krait_solver> solver, std::unique_ptr<hexpr> root) {
   solver.reset();
 }
 
-void translate_part(krait_solver& solver, hexpr& root, int part, std::uint32_t step) {
-  hexpr*& slot = static_cast<hexpr_inner_node&>(root).subexprs_begin()[part];
-  hexpr_formula formula(slot);
-  solver.order_key_counter = step;
-  solver.set_translation_phase(static_cast<std::uint32_t>(part + 1));
-  translation_phase = part + 1;
-  try {
-    formula.hexpr2krait(solver, step, 1);
-  } catch (...) {
-    formula.subexprs_begin()[0] = nullptr;  // the part belongs to the tree
-    throw;
-  }
-  solver.set_translation_phase(0);
-  translation_phase = 0;
-  formula.subexprs_begin()[0] = nullptr;
-}
-
 }  // namespace fuzz

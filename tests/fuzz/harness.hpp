@@ -35,8 +35,4 @@ std::unique_ptr<krait_solver> new_solver();
 // of `root` refer to), then frees the tree and the solver, in the program's order.
 void finish(std::unique_ptr<krait_solver> solver, std::unique_ptr<hexpr> root);
 
-// One part of a transition system (0 INIT, 1 TRANS, 2 TARGET) at one unwinding step, in its
-// translation phase.
-void translate_part(krait_solver& solver, hexpr& root, int part, std::uint32_t step);
-
 }  // namespace fuzz
