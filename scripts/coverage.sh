@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # Line coverage of the sources under src/ by the whole test suite: builds an instrumented copy
-# in build/coverage, runs ctest there and prints one line per source file and the total.
+# in build/coverage (or $KRAIT_COVERAGE_BUILD), runs ctest there and prints one line per source
+# file and the total.
 # Usage: scripts/coverage.sh [ctest arguments...]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 bash scripts/setup.sh
-build=build/coverage
+build=${KRAIT_COVERAGE_BUILD:-build/coverage}
 cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS=--coverage >/dev/null
 cmake --build "$build" >/dev/null
 find "$build" -name '*.gcda' -delete
