@@ -38,6 +38,7 @@ hexpr* copy_hexpr(const hexpr* e) {
 
 hexpr* hexpr_const::new_node() const {
   auto* copy = new hexpr_const(value, text);
+  copy->literal = literal;
   copy->symbol_entry = symbol_entry;
   return copy;
 }

@@ -29,6 +29,9 @@ class hexpr_const : public hexpr_leaf_node {
 
   std::string text;  // as written; "true"/"false" for folded Booleans; empty for plain numbers
   double value;
+  // The number as the input writes it (a named constant's definition, with a '-' per negation);
+  // empty for Booleans and for values that preprocessing computed.
+  std::string literal;
   symbol_ref symbol_entry = no_symbol();
 };
 

@@ -27,7 +27,8 @@
 namespace {
 
 int number_token() {
-  if (str_to_double(yytext, krait_hexpr_lval.number)) error("Cannot convert %s to type double.", yytext);
+  if (str_to_double(yytext, krait_hexpr_lval.literal.value)) error("Cannot convert %s to type double.", yytext);
+  krait_hexpr_lval.literal.text = new std::string(yytext);
   return t_CONST;
 }
 

@@ -11,6 +11,13 @@
 #include <vector>
 
 class hexpr;
+
+// A number as its value and as written (a leading '-' per negation): the solver reads the
+// value, the certifier the written form.
+struct number_literal {
+  double value;
+  std::string* text;
+};
 }
 
 %code {
@@ -30,25 +37,35 @@ namespace {
 // State shared by the actions of one parse.
 hexpr* parsed_root = nullptr;
 bool static_flag = false;            // inside a "static" declaration
-double range_lower = 0.0;            // the latest [lower, upper] of a declaration
-double range_upper = 0.0;
+number_literal range_lower{};        // the latest [lower, upper] of a declaration
+number_literal range_upper{};
 std::vector<hexpr_function*> calls;  // calls whose arguments are being read, innermost last
 
-void declare_all(std::vector<std::string>* names, double lower, double upper, bool is_int) {
-  for (const std::string& name : *names)
-    symtab.declare_variable(new hexpr_symobj(name, lower, upper, is_int, static_flag));
+void forget_range() {
+  delete range_lower.text;
+  delete range_upper.text;
+  range_lower = range_upper = number_literal{0.0, nullptr};
+}
+
+void declare_all(std::vector<std::string>* names, bool is_int) {
+  for (const std::string& name : *names) {
+    auto* record = new hexpr_symobj(name, range_lower.value, range_upper.value, is_int, static_flag);
+    record->lower_text = *range_lower.text;
+    record->upper_text = *range_upper.text;
+    symtab.declare_variable(record);
+  }
   delete names;
 }
 
-double constant_value(std::string* name) {
+number_literal constant_value(std::string* name) {
   const auto constant = symtab.find_constant(*name);
   if (constant == symtab.constants.end()) error("Symbolic constant '%s' not defined.", name->c_str());
   delete name;
-  return constant->second.value;
+  return {constant->second.value, new std::string(constant->second.text)};
 }
 
-void define(std::string* name, double value) {
-  symtab.define_constant(*name, value);
+void define(std::string* name, double value, const std::string& text) {
+  symtab.define_constant(*name, value, text);
   delete name;
 }
 
@@ -56,8 +73,14 @@ void define(std::string* name, double value) {
 // declaration the translation checks.
 hexpr* identifier_node(std::string* name) {
   const auto constant = symtab.find_constant(*name);
-  hexpr* node = constant == symtab.constants.end() ? static_cast<hexpr*>(new hexpr_var(*name))
-                                                   : new hexpr_const(constant->second.value, *name);
+  hexpr* node;
+  if (constant == symtab.constants.end()) {
+    node = new hexpr_var(*name);
+  } else {
+    auto* value = new hexpr_const(constant->second.value, *name);
+    value->literal = constant->second.text;
+    node = value;
+  }
   delete name;
   return node;
 }
@@ -73,13 +96,14 @@ hexpr* call(const char* function, hexpr* first, hexpr* second) {
 }
 
 %union {
-  double number;
+  number_literal literal;
   std::string* str;
   hexpr* node;
   std::vector<std::string>* names;
 }
 
 %destructor { delete $$; } <str> <node> <names>
+%destructor { delete $$.text; } <literal>
 
 %token t_DECL 258 t_EXPR 259 t_INIT 260 t_TRANS 261 t_TARGET 262
 %token t_BOOLE 263 t_FLOAT 264 t_INT 265
@@ -91,10 +115,10 @@ hexpr* call(const char* function, hexpr* first, hexpr* second) {
 %token t_LES 291 t_LEQ 292 t_GRE 293 t_GEQ 294 t_EQU 295 t_NEQ 296
 %token t_IF 297 t_THEN 298 t_ELSE 299 t_FI 300 t_STATIC 301 t_TRUE 302 t_FALSE 303 t_DEFINE 304
 %token t_ABS 305 t_MIN 306 t_MAX 307 t_ASL 308 t_ASR 309
-%token <number> t_CONST 310
+%token <literal> t_CONST 310
 
 %type <node> formula proof_spec expr_list expr
-%type <number> float_constant
+%type <literal> float_constant
 %type <names> idlist
 
 /* Loosest first; every binary operator is left-associative. */
@@ -139,25 +163,28 @@ var_declaration
   ;
 
 const_declaration
-  : t_DEFINE t_ID t_EQU t_TRUE            { define($2, 1.0); }
-  | t_DEFINE t_ID t_EQU t_FALSE           { define($2, 0.0); }
-  | t_DEFINE t_ID t_EQU float_constant    { define($2, $4); }
+  : t_DEFINE t_ID t_EQU t_TRUE            { define($2, 1.0, "1"); }
+  | t_DEFINE t_ID t_EQU t_FALSE           { define($2, 0.0, "0"); }
+  | t_DEFINE t_ID t_EQU float_constant    { define($2, $4.value, *$4.text); delete $4.text; }
   ;
 
 declaration
-  : t_BOOLE idlist         { declare_all($2, 0.0, 1.0, true); }
-  | t_INT bounds idlist    { declare_all($3, range_lower, range_upper, true); }
-  | t_FLOAT bounds idlist  { declare_all($3, range_lower, range_upper, false); }
+  : t_BOOLE idlist         { forget_range();
+                             range_lower = {0.0, new std::string("0")};
+                             range_upper = {1.0, new std::string("1")};
+                             declare_all($2, true); }
+  | t_INT bounds idlist    { declare_all($3, true); }
+  | t_FLOAT bounds idlist  { declare_all($3, false); }
   ;
 
 bounds
   : t_BRACKET_O float_constant t_COMMA float_constant t_BRACKET_C
-      { range_lower = $2; range_upper = $4; }
+      { forget_range(); range_lower = $2; range_upper = $4; }
   ;
 
 float_constant
   : t_CONST                 { $$ = $1; }
-  | t_SUB float_constant    { $$ = -$2; }
+  | t_SUB float_constant    { $$ = {-$2.value, $2.text}; *$$.text = "-" + *$$.text; }
   | t_ID                    { $$ = constant_value($1); }
   ;
 
@@ -186,7 +213,10 @@ expr
   : t_ID                          { $$ = identifier_node($1); }
   | t_ID t_PAR_O                  { calls.push_back(new hexpr_function(*$1)); }
       parameter_list t_PAR_C      { $$ = calls.back(); calls.pop_back(); delete $1; }
-  | t_CONST                       { $$ = new hexpr_const($1, ""); }
+  | t_CONST                       { auto* node = new hexpr_const($1.value, "");
+                                    node->literal = std::move(*$1.text);
+                                    delete $1.text;
+                                    $$ = node; }
   | t_TRUE                        { $$ = new hexpr_const(1.0, "true"); }
   | t_FALSE                       { $$ = new hexpr_const(0.0, "false"); }
   | t_NOT expr                    { $$ = new hexpr_not($2); }
@@ -232,10 +262,12 @@ hexpr* parse_hexpr_file(std::FILE* file) {
   // parse inside a static declaration or an open call.
   parsed_root = nullptr;
   static_flag = false;
+  forget_range();
   for (hexpr_function* open_call : calls) delete open_call;
   calls.clear();
   const int failed = krait_hexpr_parse();
   krait_hexpr__delete_buffer(buffer);
+  forget_range();
   if (failed != 0) {
     // The parser freed its stacks; what remains are the calls still open and a root that
     // trailing input made invalid.

@@ -32,11 +32,11 @@ symbol_ref hexpr_symtab::declare_helper(hexpr_symobj* record) {
   return position;
 }
 
-void hexpr_symtab::define_constant(const std::string& name, double value) {
+void hexpr_symtab::define_constant(const std::string& name, double value, const std::string& text) {
   if (constants.contains(name)) error("Redefinition of constant %s", name.c_str());
   if (lookup(name) != variables.end())
     error("%s has been defined to be a variable; it cannot be redefined to be a constant.", name.c_str());
-  constants.emplace(name, hexpr_symconst{name, value});
+  constants.emplace(name, hexpr_symconst{name, value, text});
 }
 
 void hexpr_symtab::new_frame() {

@@ -31,6 +31,7 @@ class hexpr_symobj {
   bool is_int;     // int and boole declarations
   bool is_static;  // time-invariant: one instance serves every step
   bool hidden;     // left out of the solution
+  std::string lower_text, upper_text;  // the declared range as written
   int aux_kind = 0;              // auxiliary names only: 0 variable, 1 upper, 2 lower literal
   std::vector<int> instances;    // solver variable per unwinding depth
   std::vector<hexpr*> users;     // nodes that cache a position of this record
@@ -51,6 +52,7 @@ using symbol_ref = symbol_set::iterator;
 struct hexpr_symconst {
   std::string name;
   double value;
+  std::string text;  // the value as written
 };
 
 using constant_map = std::map<std::string, hexpr_symconst, std::less<>>;
@@ -68,7 +70,7 @@ class hexpr_symtab {
   symbol_ref declare_variable(hexpr_symobj* record);
   // The same for a symbol of the translation's own, whose name no input can hold: no checks.
   symbol_ref declare_helper(hexpr_symobj* record);
-  void define_constant(const std::string& name, double value);
+  void define_constant(const std::string& name, double value, const std::string& text);
   symbol_ref lookup(std::string_view name) { return variables.find(name); }
   constant_map::const_iterator find_constant(std::string_view name) const { return constants.find(name); }
 

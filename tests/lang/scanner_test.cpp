@@ -40,8 +40,9 @@ tokens scan_buffer(YY_BUFFER_STATE buffer, std::vector<int>* lines = nullptr) {
   const int first_line = krait_hexpr_lineno;
   tokens list;
   for (int code; (code = krait_hexpr_lex()) != 0;) {
-    list.emplace_back(code, code == t_ID ? *krait_hexpr_lval.str : "", code == t_CONST ? krait_hexpr_lval.number : 0);
+    list.emplace_back(code, code == t_ID ? *krait_hexpr_lval.str : "", code == t_CONST ? krait_hexpr_lval.literal.value : 0);
     if (code == t_ID) delete krait_hexpr_lval.str;
+    if (code == t_CONST) delete krait_hexpr_lval.literal.text;
     if (lines != nullptr) lines->push_back(krait_hexpr_lineno - first_line + 1);
   }
   krait_hexpr__delete_buffer(buffer);
