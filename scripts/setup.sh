@@ -6,8 +6,9 @@ missing=()
 for tool in cmake:cmake g++:g++ ninja:ninja-build flex:flex bison:bison clang++:clang; do
   command -v "${tool%%:*}" >/dev/null 2>&1 || missing+=("${tool#*:}")
 done
-# libclang-rt-dev: the fuzzers' runtime (libFuzzer and the sanitizers for clang).
-for package in libgtest-dev libmpfr-dev libclang-rt-dev; do
+# libgmp-dev, libmpfr-dev: exact rationals and validated enclosures of the certifier (and test
+# references); libclang-rt-dev: the fuzzers' runtime (libFuzzer and the sanitizers for clang).
+for package in libgtest-dev libgmp-dev libmpfr-dev libclang-rt-dev; do
   dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")
 done
 # The differential soundness suite's oracle (z3) and its outward-rounded interval arithmetic.

@@ -9,6 +9,7 @@
 #include "version.hpp"
 
 run_settings_t run_settings;
+program_texts_t program_texts;
 
 namespace {
 
@@ -56,10 +57,10 @@ void parse_options(int argc, char** argv) {
   while (!walk.done()) {
     const char* arg = walk.next();
     if (std::strcmp(arg, "--help") == 0) {
-      print_usage(argv[0]);
+      program_texts.usage(argv[0]);
       std::exit(0);
     } else if (std::strcmp(arg, "--version") == 0) {
-      print_version();
+      program_texts.version();
       std::exit(0);
     } else if (std::strcmp(arg, "--nostats") == 0) {
       given.show_statistics = false;
@@ -118,38 +119,35 @@ void parse_options(int argc, char** argv) {
   }
 }
 
+const char* const option_table =
+    "   --help          print this help page\n"
+    "   --version       print version number\n"
+    "   --nostats       do not print statistics\n"
+    "   --nosol         do not print candidate solutions\n"
+    "   --min_depth d   minimal number of unwindings (default: 0)\n"
+    "   --max_depth d   maximal number of unwindings (default: not specified)\n"
+    "   --var_order d   variable order for round robin splitting\n"
+    "                       0 - natural order (default)\n"
+    "                       1 - boolevars first\n"
+    "                       2 - boolevars last\n"
+    "                       3 - bmc forward\n"
+    "                       4 - bmc backward\n"
+    "                       5 - bmc forward and boolevars first\n"
+    "                       6 - bmc forward and boolevars last\n"
+    "                       7 - bmc backward and boolevars first\n"
+    "                       8 - bmc backward and boolevars last\n"
+    "                       9 - shuffle\n"
+    "   --msw f         minimal splitting width (default: 0.1)\n"
+    "   --mbd f         minimal bound delta (default: 0.01)\n"
+    "   --reuse         enable reuse of learned dclauses (default: disabled)\n"
+    "   --shifting      enable shifting of learned dclauses (default: disabled)\n"
+    "   --rst d d f f   enable restarting (default: disabled)\n"
+    "   --minimize s    search solution which minimizes the value of variable s\n";
+
+const char* const bug_address_line = "   Please report bugs to <" KRAIT_BUG_ADDRESS ">.\n";
+
 void print_usage(const char* program_name) {
-  std::printf(
-      "\n"
-      "Usage: %s [options] filename\n"
-      "\n"
-      "   --help          print this help page\n"
-      "   --version       print version number\n"
-      "   --nostats       do not print statistics\n"
-      "   --nosol         do not print candidate solutions\n"
-      "   --min_depth d   minimal number of unwindings (default: 0)\n"
-      "   --max_depth d   maximal number of unwindings (default: not specified)\n"
-      "   --var_order d   variable order for round robin splitting\n"
-      "                       0 - natural order (default)\n"
-      "                       1 - boolevars first\n"
-      "                       2 - boolevars last\n"
-      "                       3 - bmc forward\n"
-      "                       4 - bmc backward\n"
-      "                       5 - bmc forward and boolevars first\n"
-      "                       6 - bmc forward and boolevars last\n"
-      "                       7 - bmc backward and boolevars first\n"
-      "                       8 - bmc backward and boolevars last\n"
-      "                       9 - shuffle\n"
-      "   --msw f         minimal splitting width (default: 0.1)\n"
-      "   --mbd f         minimal bound delta (default: 0.01)\n"
-      "   --reuse         enable reuse of learned dclauses (default: disabled)\n"
-      "   --shifting      enable shifting of learned dclauses (default: disabled)\n"
-      "   --rst d d f f   enable restarting (default: disabled)\n"
-      "   --minimize s    search solution which minimizes the value of variable s\n"
-      "\n"
-      "   Please report bugs to <" KRAIT_BUG_ADDRESS ">.\n"
-      "\n",
-      program_name);
+  std::printf("\nUsage: %s [options] filename\n\n%s\n%s\n", program_name, option_table, bug_address_line);
   std::fflush(stdout);
 }
 

@@ -27,6 +27,11 @@ void print_settings_section(const krait_solver& solver) {
 // The run's sections, as its settings ask for them.
 struct check {
   const run_settings_t& given;
+  const box_observer& after_box;
+
+  void box_reported(const krait_solver& solver, int depth) const {
+    if (after_box) after_box(solver, depth);
+  }
 
 void print_statistics_section(const krait_solver& solver) {
   if (!given.show_statistics) return;
@@ -79,11 +84,13 @@ void minimize(krait_solver& solver) {
     return solver.solve();
   };
   bool after_unsatisfiable = false;
+  bool holds_box = true;  // false when the final search of a settled gap found none
   for (;;) {
     const double mid = (lo + best) * 0.5;
     if (after_unsatisfiable && mid == lo) {
       // The gap can no longer be halved: settle on the best range once more and keep it.
-      if (!step(best)) {
+      holds_box = !step(best);
+      if (holds_box) {
         solver.get_upper_bound(objective, strict, best);
         report << "    objective value: " << best << std::endl;
       }
@@ -102,6 +109,7 @@ void minimize(krait_solver& solver) {
   }
   print_statistics_section(solver);
   print_solution_section(solver);
+  if (holds_box) box_reported(solver, -1);
 }
 
 void plain_mode(krait_solver& solver, hexpr* root) {
@@ -121,6 +129,7 @@ void plain_mode(krait_solver& solver, hexpr* root) {
   const bool unsatisfiable = solver.solve();
   report << std::endl;
   print_result(solver, unsatisfiable);
+  if (!unsatisfiable) box_reported(solver, -1);
 }
 
 void bmc_mode(krait_solver& solver, hexpr* root) {
@@ -143,6 +152,7 @@ void bmc_mode(krait_solver& solver, hexpr* root) {
     if (given.reuse) saved.clear();
     const bool unsatisfiable = solver.solve();
     print_result(solver, unsatisfiable);
+    if (!unsatisfiable) box_reported(solver, k);
     if (given.reuse) saved = solver.collect_reusable();
     solver.pop_context();
     symtab.delete_last_frame();
@@ -187,8 +197,8 @@ void translate_part(krait_solver& solver, hexpr& root, int part, u32 step) {
   translation_phase = 0;
 }
 
-void check_input(krait_solver& solver, hexpr* root, const run_settings_t& settings) {
-  check run{settings};
+void check_input(krait_solver& solver, hexpr* root, const run_settings_t& settings, const box_observer& after_box) {
+  check run{settings, after_box};
   switch (root->get_opname()) {
     case HEXPR_FORMULA: run.plain_mode(solver, root); break;
     case HEXPR_PROOF_SPEC: run.bmc_mode(solver, root); break;

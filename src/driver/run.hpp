@@ -5,6 +5,7 @@
 // its companions share it.
 
 #include <cstdint>
+#include <functional>
 
 class hexpr;
 struct krait_solver;
@@ -37,8 +38,17 @@ void configure_solver(krait_solver& solver, const run_settings_t& settings);
 // Checks `root` (a formula or a transition system) and prints the sections that follow the
 // preprocessing line of the report. The solver has its base context pushed and the symbol
 // table its base frame open, as for the parse.
-void check_input(krait_solver& solver, hexpr* root, const run_settings_t& settings);
+// `after_box`, when given, runs after the report of every candidate box, while the solver still
+// holds the box: with the depth in bounded model checking, -1 for a plain formula.
+using box_observer = std::function<void(const krait_solver& solver, int depth)>;
+void check_input(krait_solver& solver, hexpr* root, const run_settings_t& settings,
+                 const box_observer& after_box = {});
 
 // One part of a transition system (0 INIT, 1 TRANS, 2 TARGET) translated at one unwinding
 // step, in its translation phase; the part stays in the tree for the next step.
 void translate_part(krait_solver& solver, hexpr& root, int part, std::uint32_t step);
+
+// The whole program: options, banner, input, preprocessing and the check with its report.
+// `observe`, when given, sees the tree as parsed (before preprocessing rewrites it) and returns
+// the observer of the candidate boxes.
+int run_program(int argc, char** argv, const std::function<box_observer(const hexpr& parsed)>& observe = {});
