@@ -247,9 +247,20 @@ void existence_proof::differences(const std::vector<value>& at, std::size_t slop
 bool existence_proof::choose_free(std::string& failure) {
   std::vector<bool> seen(f_.vars.size(), false);
   for (int eq : equations_) collect_variables(f_, eq, seen);
+  // A variable of an equation that already holds exactly at p stays where it is: moving it
+  // would break that equation.
+  std::vector<bool> pinned(f_.vars.size(), false);
+  eval_.assumed.clear();
+  eval_.run(exact_values(p_));
+  for (std::size_t i = 0; i < f_.nodes.size(); ++i) {
+    const int n = static_cast<int>(i);
+    if (f_.nodes[i].kind == op::equal && eval_.result(n) == truth::yes &&
+        std::find(equations_.begin(), equations_.end(), n) == equations_.end())
+      collect_variables(f_, n, pinned);
+  }
   std::vector<std::size_t> candidates;
   for (std::size_t i = 0; i < seen.size(); ++i)
-    if (seen[i] && !f_.vars[i].is_int) candidates.push_back(i);
+    if (seen[i] && !f_.vars[i].is_int && !pinned[i]) candidates.push_back(i);
   const std::size_t m = equations_.size();
   if (candidates.size() < m) {
     failure = "fewer real variables than equations to solve";
@@ -270,7 +281,11 @@ bool existence_proof::choose_free(std::string& failure) {
     std::size_t br = 0, bc = 0;
     for (std::size_t r = 0; r < m; ++r)
       for (std::size_t c = 0; c < n; ++c)
-        if (!row_used[r] && !col_used[c] && std::fabs(a[r * n + c]) > best) {
+        // Between equal pivots the later step wins: a trace is solved forward in time.
+        if (!row_used[r] && !col_used[c] &&
+            (std::fabs(a[r * n + c]) > best * (1 + 1e-9) ||
+             (std::fabs(a[r * n + c]) >= best * (1 - 1e-9) && best > 0 &&
+              f_.vars[free_[c]].step > f_.vars[free_[bc]].step))) {
           best = std::fabs(a[r * n + c]);
           br = r;
           bc = c;
@@ -443,6 +458,13 @@ certificate certify(const formula& f, const std::vector<range>& box) {
     if (equations.empty()) continue;
     eval.assumed = equations;
     if (eval.run(exact_values(p)) != truth::yes) continue;
+    // Only the equations the formula needs: one under a false premise or beside a true
+    // disjunct would only over-determine the system.
+    for (std::size_t k = equations.size(); k-- > 0;) {
+      eval.assumed = equations;
+      eval.assumed.erase(eval.assumed.begin() + static_cast<std::ptrdiff_t>(k));
+      if (eval.run(exact_values(p)) == truth::yes) equations = eval.assumed;
+    }
     existence_proof proof(s, p, equations);
     if (!proof.run(failure)) continue;
     // Every other relation the formula needs must hold on the whole proof box.
