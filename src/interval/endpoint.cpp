@@ -93,17 +93,32 @@ double proven_power(double base, double n, bool want_lower) {
   return bound;
 }
 
-// The root `base` of x is on the requested side when base^n, rounded against it, still is.
+// The root `base` of x (x >= 0) is on the requested side when base^n, rounded against it, still
+// is. One ulp at a time first; a start farther off (the library's x^(1/n) loses accuracy on
+// subnormal arguments) is left by doubling steps. A lower end that would cross 0 stops at 0, a
+// lower end of every root of x >= 0.
 double proven_root(double base, double x, double n, bool want_lower) {
-  if (want_lower && base <= 0.0) return base;  // no root of x >= 0 lies below 0
+  if (want_lower && base <= 0.0) return base;
   std::fexcept_t flags;
   std::fegetexceptflag(&flags, FE_ALL_EXCEPT);
-  for (int step = 0; step < max_corrections && std::isfinite(base); ++step) {
+  const double away = want_lower ? -HUGE_VAL : HUGE_VAL;
+  double gap = 0.0;
+  for (int step = 0; std::isfinite(base); ++step) {
     rounding::toward(!want_lower);
     const double power = directed_power(base, n);
     rounding::nearest();
     if (want_lower ? power <= x : power >= x) break;
-    base = std::nextafter(base, want_lower ? -HUGE_VAL : HUGE_VAL);
+    if (step < max_corrections) {
+      base = std::nextafter(base, away);
+      continue;
+    }
+    if (gap == 0.0) gap = std::fabs(std::nextafter(base, away) - base);
+    gap *= 2.0;
+    base = want_lower ? base - gap : base + gap;
+    if (want_lower && base <= 0.0) {
+      base = 0.0;
+      break;
+    }
   }
   std::fesetexceptflag(&flags, FE_ALL_EXCEPT);
   return base;
