@@ -383,6 +383,72 @@ bool existence_proof::run(std::string& failure) {
   return false;
 }
 
+// The equations a point misses that the formula needs, if assuming them true makes the formula
+// true there: one under a false premise or beside a true disjunct would only over-determine.
+std::vector<int> needed_equations(const formula& f, evaluator& eval, const point& p) {
+  eval.assumed.clear();
+  eval.run(exact_values(p));
+  std::vector<int> equations;
+  for (std::size_t i = 0; i < f.nodes.size(); ++i)
+    if (f.nodes[i].kind == op::equal && eval.result(static_cast<int>(i)) != truth::yes)
+      equations.push_back(static_cast<int>(i));
+  eval.assumed = equations;
+  if (equations.empty() || eval.run(exact_values(p)) != truth::yes) return {};
+  for (std::size_t k = equations.size(); k-- > 0;) {
+    eval.assumed = equations;
+    eval.assumed.erase(eval.assumed.begin() + static_cast<std::ptrdiff_t>(k));
+    if (eval.run(exact_values(p)) == truth::yes) equations = eval.assumed;
+  }
+  eval.assumed.clear();
+  return equations;
+}
+
+// An equation `v = term` (or `term = v`) defines v: giving v the term's exact value, equation by
+// equation in the formula's order (a trace forward in time), turns p into a point that meets
+// them exactly. Each variable is defined once.
+bool define_forward(const formula& f, evaluator& eval, const std::vector<int>& equations, point& p) {
+  std::vector<bool> defined(f.vars.size(), false);
+  bool changed = false;
+  for (int eq : equations) {
+    eval.run(exact_values(p));
+    const node& n = f.nodes[static_cast<std::size_t>(eq)];
+    for (int side = 0; side < 2; ++side) {
+      const node& lone = f.nodes[static_cast<std::size_t>(n.args[static_cast<std::size_t>(side)])];
+      const value& other = eval.term(n.args[static_cast<std::size_t>(1 - side)]);
+      if (lone.kind != op::variable || defined[static_cast<std::size_t>(lone.var)] || !other.exact) continue;
+      const variable& v = f.vars[static_cast<std::size_t>(lone.var)];
+      if (v.is_int && other.q.get_den() != 1) continue;
+      defined[static_cast<std::size_t>(lone.var)] = true;
+      changed |= p[static_cast<std::size_t>(lone.var)] != other.q;
+      p[static_cast<std::size_t>(lone.var)] = other.q;
+      break;
+    }
+  }
+  return changed;
+}
+
+// Where an exact witness lies: in the box, beside it (no farther than the rounding of its ends
+// to doubles), or elsewhere; outside a declared range it is no witness at all.
+enum class placement { in_box, beside, elsewhere };
+
+mpq_class slack_of(const range& b) {
+  return std::max(abs(b.lower), abs(b.upper)) * mpq_class(1, 1UL << 40) + mpq_class(1, 1UL << 62);
+}
+
+placement place(const formula& f, const std::vector<range>& box, const point& p) {
+  placement where = placement::in_box;
+  for (std::size_t i = 0; i < p.size(); ++i) {
+    if (p[i] < f.vars[i].lower || p[i] > f.vars[i].upper) return placement::elsewhere;
+    if (p[i] >= box[i].lower && p[i] <= box[i].upper) continue;
+    const mpq_class slack = slack_of(box[i]);
+    if (p[i] < box[i].lower - slack || p[i] > box[i].upper + slack) return placement::elsewhere;
+    where = placement::beside;
+  }
+  return where;
+}
+
+const char* const beside_line = "    verified: a solution lies just outside the box, within the rounding of its ends";
+
 }  // namespace
 
 std::string exact_text(const mpq_class& q) {
@@ -446,25 +512,24 @@ certificate certify(const formula& f, const std::vector<range>& box) {
     if (undecided_at_centre < 0) undecided_at_centre = eval.culprit(f.root);
   }
 
-  // 2. Equations that the points miss: an existence proof near each point in turn.
+  // 2. Equations that define a variable by the others: exact values computed forward.
+  for (const point& start : points) {
+    point p = start;
+    const std::vector<int> equations = needed_equations(f, eval, p);
+    if (equations.empty() || !define_forward(f, eval, equations, p)) continue;
+    if (eval.run(exact_values(p)) != truth::yes) continue;
+    const placement where = place(f, box, p);
+    if (where == placement::elsewhere) continue;
+    out.lines.push_back(where == placement::in_box ? "    verified: the box holds a solution" : beside_line);
+    witness_point(f, p, out.lines);
+    return finish(where == placement::in_box ? verdict::verified : verdict::verified_beside);
+  }
+
+  // 3. Equations that the points miss: an existence proof near each point in turn.
   std::string failure;
   for (const point& p : points) {
-    eval.assumed.clear();
-    eval.run(exact_values(p));
-    std::vector<int> equations;
-    for (std::size_t i = 0; i < f.nodes.size(); ++i)
-      if (f.nodes[i].kind == op::equal && eval.result(static_cast<int>(i)) != truth::yes)
-        equations.push_back(static_cast<int>(i));
+    const std::vector<int> equations = needed_equations(f, eval, p);
     if (equations.empty()) continue;
-    eval.assumed = equations;
-    if (eval.run(exact_values(p)) != truth::yes) continue;
-    // Only the equations the formula needs: one under a false premise or beside a true
-    // disjunct would only over-determine the system.
-    for (std::size_t k = equations.size(); k-- > 0;) {
-      eval.assumed = equations;
-      eval.assumed.erase(eval.assumed.begin() + static_cast<std::ptrdiff_t>(k));
-      if (eval.run(exact_values(p)) == truth::yes) equations = eval.assumed;
-    }
     existence_proof proof(s, p, equations);
     if (!proof.run(failure)) continue;
     // Every other relation the formula needs must hold on the whole proof box.
@@ -484,8 +549,7 @@ certificate certify(const formula& f, const std::vector<range>& box) {
       if (!(x - enclosure(v.lower)).nonnegative() || !(x - enclosure(v.upper)).nonpositive()) within_declared = false;
       if (!(x - enclosure(b.lower)).nonnegative() || !(x - enclosure(b.upper)).nonpositive()) within_box = false;
       // Beside the box means no farther than the rounding of a decimal constant to a double.
-      const mpq_class magnitude = std::max(abs(b.lower), abs(b.upper));
-      const mpq_class slack = magnitude * mpq_class(1, 1UL << 40) + mpq_class(1, 1UL << 62);
+      const mpq_class slack = slack_of(b);
       if (!(x - enclosure(b.lower - slack)).nonnegative() || !(x - enclosure(b.upper + slack)).nonpositive())
         near_box = false;
     }
@@ -497,8 +561,7 @@ certificate certify(const formula& f, const std::vector<range>& box) {
       failure = "the solution of the equations lies outside the box";
       continue;
     }
-    out.lines.push_back(within_box ? "    verified: the box holds a solution"
-                                   : "    verified: a solution lies just outside the box, within the rounding of its ends");
+    out.lines.push_back(within_box ? "    verified: the box holds a solution" : beside_line);
     out.lines.push_back("    witness: the equations have a solution in");
     for (std::size_t i : report_order(f)) {
       const auto at = std::find(free.begin(), free.end(), i);
@@ -509,7 +572,7 @@ certificate certify(const formula& f, const std::vector<range>& box) {
     return finish(within_box ? verdict::verified : verdict::verified_beside);
   }
 
-  // 3. A relation false at every point of the box.
+  // 4. A relation false at every point of the box.
   eval.assumed.clear();
   if (eval.run(box_values(box)) == truth::no) {
     out.lines.push_back("    not verified: " + f.describe(eval.culprit(f.root)) + " is false at every point of the box");

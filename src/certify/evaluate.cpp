@@ -231,17 +231,16 @@ truth evaluator::run(const std::vector<value>& vars, std::size_t free_count) {
 int evaluator::culprit(int index) const {
   const node& n = f_.nodes[static_cast<std::size_t>(index)];
   const truth own = result(index);
-  if (is_relation(n.kind) || n.kind == op::truth) return index;
-  if (n.kind == op::negation) return culprit(n.args[0]);
-  // The first operand that carries the same verdict (for implications, a false premise counts
-  // as the operand "not A").
-  for (std::size_t i = 0; i < n.args.size(); ++i) {
-    truth t = result(n.args[i]);
-    if (n.kind == op::implication && i == 0) t = negated(t);
-    if (t == own || (own == truth::unknown && t == truth::unknown)) return culprit(n.args[i]);
+  // A relation, a negated one or an exclusive or speaks for itself.
+  if (n.kind != op::conjunction && n.kind != op::disjunction && n.kind != op::implication) return index;
+  if (n.kind == op::implication) {
+    // False: the premise holds and the consequence fails. Open: whichever part is open.
+    if (own == truth::no || result(n.args[1]) == truth::unknown) return culprit(n.args[1]);
+    return culprit(n.args[0]);
   }
+  // The first operand that carries the verdict (in a false disjunction, every operand does).
   for (int arg : n.args)
-    if (result(arg) == truth::unknown) return culprit(arg);
+    if (result(arg) == own) return culprit(arg);
   return culprit(n.args[0]);
 }
 

@@ -152,6 +152,13 @@ TEST_F(Certify, SolutionsBesideTheBoxAndRefutedBoxes) {
   EXPECT_EQ(text(c), "    not verified: x * x >= 5 is false at every point of the box\n");
   TearDown();
   SetUp();
+  // A false implication is blamed on its consequence, a false negation on itself.
+  f = parse("DECL float [0, 3] s; EXPR s < 5 -> s = 2; not (s != 0.5 * s);");
+  EXPECT_EQ(text(certify::certify(f, box({{"0", "1"}}))), "    not verified: s = 2 is false at every point of the box\n");
+  EXPECT_EQ(text(certify::certify(f, box({{"2", "2"}}))),
+            "    not verified: not s != 0.5 * s is false at every point of the box\n");
+  TearDown();
+  SetUp();
   // An even root of a negative number is undefined: its relation is false, never true.
   f = parse("DECL float [-3, 3] x; EXPR nrt(x, 2) >= 0;");
   EXPECT_EQ(certify::certify(f, box({{"-2", "-1"}})).kind, verdict::refuted);
