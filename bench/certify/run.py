@@ -442,7 +442,8 @@ def parse_report(text, bmc):
                 elif s.startswith('verified: a solution lies just outside'):
                     cur.kind = 'beside'
                 elif s.startswith('not verified:'):
-                    cur.kind = 'refuted' if s.endswith('is false at every point of the box') else 'undecided'
+                    cur.kind = ('refuted' if s.endswith('is false at every point of the box')
+                                or s.endswith('in the box (Krawczyk test)') else 'undecided')
                     cur.text = s
                 elif s.startswith('time certifier:'):
                     cur.seconds = float(s.split(':')[1])

@@ -188,6 +188,25 @@ bool invert(std::vector<double> a, std::size_t m, std::vector<double>& inverse) 
   return std::all_of(inverse.begin(), inverse.end(), [](double v) { return std::isfinite(v); });
 }
 
+// K(X) = c - Y g(c) + (I - Y J(X)) (X - c): every common zero of g in X lies in K(X).
+std::vector<enclosure> krawczyk(const std::vector<enclosure>& ymat, const std::vector<mpq_class>& centre,
+                                const std::vector<enclosure>& g, const std::vector<enclosure>& jx,
+                                const std::vector<enclosure>& x) {
+  const std::size_t m = centre.size();
+  std::vector<enclosure> k(m);
+  for (std::size_t r = 0; r < m; ++r) {
+    enclosure sum = enclosure(centre[r]);
+    for (std::size_t c = 0; c < m; ++c) sum = sum - ymat[r * m + c] * g[c];
+    for (std::size_t c = 0; c < m; ++c) {
+      enclosure entry = enclosure(mpq_class(r == c ? 1 : 0));
+      for (std::size_t q = 0; q < m; ++q) entry = entry - ymat[r * m + q] * jx[q * m + c];
+      sum = sum + entry * (x[c] - enclosure(centre[c]));
+    }
+    k[r] = sum;
+  }
+  return k;
+}
+
 class existence_proof {
  public:
   existence_proof(const search_space& s, const point& p, std::vector<int> equations)
@@ -196,6 +215,9 @@ class existence_proof {
   // Tries to prove that the equations have a common solution near p (the other variables
   // fixed there) on a box where every other relation the formula needs holds.
   bool run(std::string& failure);
+  // True when the equations, as many as the variables they read, have no common solution in
+  // the box: K(X) of the whole box misses it.
+  bool excludes(const std::vector<range>& box);
   const std::vector<enclosure>& solution_box() const { return box_; }
   const std::vector<std::size_t>& free_variables() const { return free_; }
 
@@ -360,19 +382,10 @@ bool existence_proof::run(std::string& failure) {
       x.push_back(enclosure(centre[r] - mpq_class(radius[r]), centre[r] + mpq_class(radius[r])));
     std::vector<enclosure> gx, jx;
     differences(values_at(x, true), m, gx, jx);
+    const std::vector<enclosure> k = krawczyk(ymat, centre, g, jx, x);
     bool inside = true;
-    std::vector<enclosure> k(m);
-    for (std::size_t r = 0; r < m; ++r) {
-      enclosure sum = enclosure(centre[r]);
-      for (std::size_t c = 0; c < m; ++c) sum = sum - ymat[r * m + c] * g[c];
-      for (std::size_t c = 0; c < m; ++c) {
-        enclosure entry = enclosure(mpq_class(r == c ? 1 : 0));
-        for (std::size_t q = 0; q < m; ++q) entry = entry - ymat[r * m + q] * jx[q * m + c];
-        sum = sum + entry * (x[c] - enclosure(centre[c]));
-      }
-      if (sum.partial() || !sum.subset_of_interior(x[r])) inside = false;
-      k[r] = sum;
-    }
+    for (std::size_t r = 0; r < m; ++r)
+      if (k[r].partial() || !k[r].subset_of_interior(x[r])) inside = false;
     if (inside) {
       box_ = k;
       return true;
@@ -381,6 +394,45 @@ bool existence_proof::run(std::string& failure) {
   }
   failure = "no existence proof for the equations (Krawczyk test)";
   return false;
+}
+
+bool existence_proof::excludes(const std::vector<range>& box) {
+  std::vector<bool> seen(f_.vars.size(), false);
+  for (int eq : equations_) collect_variables(f_, eq, seen);
+  free_.clear();
+  for (std::size_t i = 0; i < seen.size(); ++i)
+    if (seen[i]) free_.push_back(i);
+  const std::size_t m = free_.size();
+  if (m == 0 || m != equations_.size()) return false;
+  std::vector<mpq_class> centre;
+  std::vector<enclosure> x, at;
+  for (std::size_t i : free_) {
+    centre.push_back((box[i].lower + box[i].upper) / 2);
+    at.push_back(enclosure(centre.back()));
+    x.push_back(enclosure(box[i].lower, box[i].upper));
+  }
+  std::vector<enclosure> g, jc, gx, jx;
+  differences(values_at(at, true), m, g, jc);
+  std::vector<double> j(m * m), y;
+  for (std::size_t k = 0; k < m * m; ++k) j[k] = mid_of(jc[k]);
+  if (!invert(j, m, y)) return false;
+  std::vector<enclosure> ymat;
+  for (double v : y) ymat.push_back(enclosure(mpq_class(v)));
+  differences(values_at(x, true), m, gx, jx);
+  for (const enclosure& e : jx)
+    if (e.partial()) return false;
+  const std::vector<enclosure> k = krawczyk(ymat, centre, g, jx, x);
+  for (std::size_t r = 0; r < m; ++r)
+    if (!k[r].partial() && k[r].disjoint(x[r])) return true;
+  return false;
+}
+
+// The equations every solution must meet: those joined to the formula by conjunctions only.
+void conjoined_equations(const formula& f, int n, std::vector<int>& out) {
+  const node& e = f.nodes[static_cast<std::size_t>(n)];
+  if (e.kind == op::equal) out.push_back(n);
+  if (e.kind == op::conjunction)
+    for (int arg : e.args) conjoined_equations(f, arg, out);
 }
 
 // The equations a point misses that the formula needs, if assuming them true makes the formula
@@ -572,7 +624,18 @@ certificate certify(const formula& f, const std::vector<range>& box) {
     return finish(within_box ? verdict::verified : verdict::verified_beside);
   }
 
-  // 4. A relation false at every point of the box.
+  // 4. No solution in the box: equations no point of it meets, or a relation false everywhere.
+  std::vector<int> conjoined;
+  conjoined_equations(f, f.root, conjoined);
+  if (!conjoined.empty() && existence_proof(s, point(f.vars.size()), conjoined).excludes(box)) {
+    const std::size_t others = conjoined.size() - 1;
+    out.lines.push_back("    not verified: " + f.describe(conjoined.front()) +
+                        (others == 0 ? " has no solution"
+                                     : " and " + std::to_string(others) + " more equation" + (others > 1 ? "s" : "") +
+                                           " have no common solution") +
+                        " in the box (Krawczyk test)");
+    return finish(verdict::refuted);
+  }
   eval.assumed.clear();
   if (eval.run(box_values(box)) == truth::no) {
     out.lines.push_back("    not verified: " + f.describe(eval.culprit(f.root)) + " is false at every point of the box");

@@ -90,6 +90,10 @@ bool enclosure::subset_of_interior(const enclosure& outer) const {
   return mpfr_less_p(outer.lo_, lo_) && mpfr_less_p(hi_, outer.hi_);
 }
 
+bool enclosure::disjoint(const enclosure& other) const {
+  return mpfr_less_p(hi_, other.lo_) || mpfr_less_p(other.hi_, lo_);
+}
+
 mpq_class enclosure::midpoint() const {
   mpq_class lo, hi;
   mpfr_get_q(lo.get_mpq_t(), lo_);

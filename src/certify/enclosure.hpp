@@ -43,6 +43,7 @@ class enclosure {
   bool nonpositive() const;   // hi <= 0
   bool contains_zero() const;
   bool subset_of_interior(const enclosure& outer) const;  // outer.lo < lo and hi < outer.hi
+  bool disjoint(const enclosure& other) const;
   // The midpoint as an exact rational (both ends finite).
   mpq_class midpoint() const;
   // Half the width, rounded up, as a double.

@@ -152,6 +152,13 @@ TEST_F(Certify, SolutionsBesideTheBoxAndRefutedBoxes) {
   EXPECT_EQ(text(c), "    not verified: x * x >= 5 is false at every point of the box\n");
   TearDown();
   SetUp();
+  // Near a root but holding none: the Krawczyk operator of the box misses the box.
+  f = parse("DECL float [0, 4] x; EXPR x^3 - 6 * x^2 + 11 * x - 6 = 0;");
+  EXPECT_EQ(text(certify::certify(f, box({{"2.897", "2.91"}}))),
+            "    not verified: x^3 - 6 * x^2 + 11 * x - 6 = 0 has no solution in the box (Krawczyk test)\n");
+  EXPECT_EQ(certify::certify(f, box({{"2.95", "3.05"}})).kind, verdict::verified);
+  TearDown();
+  SetUp();
   // A false implication is blamed on its consequence, a false negation on itself.
   f = parse("DECL float [0, 3] s; EXPR s < 5 -> s = 2; not (s != 0.5 * s);");
   EXPECT_EQ(text(certify::certify(f, box({{"0", "1"}}))), "    not verified: s = 2 is false at every point of the box\n");
