@@ -1,169 +1,140 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <functional>
-#include <initializer_list>
-#include <set>
 #include <sstream>
 #include <string>
 #include <typeinfo>
 #include <utility>
-#include <vector>
 
-#include "hexpr/hexpr_nodes.hpp"
-#include "support/capture.hpp"
+#include "hexpr/preprocess.hpp"
+#include "lang/parse_child.hpp"
+#include "solver/solver.hpp"
 
 namespace {
 
-hexpr_function* call(const char* name, std::initializer_list<hexpr*> arguments) {
-  auto* f = new hexpr_function(name);
-  for (hexpr* argument : arguments) f->add_subexpr(argument);
-  return f;
+std::string fatal(const std::string& message) { return "\nError: " + message + "\n"; }
+std::string syntax(const char* at, int line, const char* problem = "syntax error") {
+  return std::string("Error while parsing hexpr: ") + problem + "\n   at expr \"" + at + "\"\n   at line " +
+         std::to_string(line) + "\n\n";
 }
 
-hexpr* var(const char* name) { return new hexpr_var(name); }
+// Parses, prepares and translates an input, or a formula after a few declarations.
+std::function<void()> input(std::string text) {
+  if (!text.starts_with("DECL")) text = "DECL boole p; float [0, 1] x, y;\nEXPR\n" + text + ";";
+  return [text] { krait_solver s; prepare_hexpr(parse_text(text))->hexpr2krait(s, 0, 1); };
+}
+
+// Trees no input gives; the translation of `tree` finds x declared.
+hexpr* x() { return new hexpr_var("x"); }
 hexpr* num(double value) { return new hexpr_const(value, ""); }
-
-void expect_fatal(const std::function<void()>& body, const std::string& message) {
-  const captured_run run = run_captured(body);
-  EXPECT_EQ(run.status, 1) << message;
-  EXPECT_EQ(run.err, "\nError: " + message + "\n");
+hexpr* literal() { return new hexpr_les(x(), num(1)); }
+hexpr* call(const char* name, hexpr* arg) { auto* f = new hexpr_function(name); return f->add_subexpr(arg), f; }
+hexpr_symobj& declare_x() { return **symtab.declare_variable(new hexpr_symobj("x", 0, 10, false, false)); }
+std::function<void()> translated(const std::function<hexpr*()>& tree, u32 polarity = 1) {
+  return [=] { krait_solver s; declare_x(); tree()->hexpr2krait(s, 0, polarity); };
 }
-
-std::string dump(const hexpr& e) {
-  std::ostringstream out;
-  e.print_hexpr("", out);
-  return out.str();
-}
-
-void collect(const hexpr* e, std::set<const hexpr*>& nodes) {
-  nodes.insert(e);
-  if (e->is_leaf()) return;
-  const auto* inner = static_cast<const hexpr_inner_node*>(e);
-  for (auto slot = inner->subexprs_begin(); slot != inner->subexprs_end(); ++slot) collect(*slot, nodes);
-}
-
-// Counts its own destruction, to see which nodes a deletion reaches.
-int destroyed = 0;
-struct counted : hexpr_var {
-  ~counted() override { ++destroyed; }
+struct stray : hexpr {  // a kind that is not in the table
+  hexpr_kind get_opname() const override { return static_cast<hexpr_kind>(99); }
 };
 
 }  // namespace
 
-TEST(ExpressionNodes, KindsAreFixedAndNewNodeKeepsTheClass) {
-  const std::vector<std::pair<hexpr*, int>> nodes = {
-      {new hexpr, 1}, {new hexpr_leaf_node, 1}, {new hexpr_inner_node, 1}, {new hexpr_1_ary_node, 1},
-      {new hexpr_2_ary_node, 1}, {new hexpr_3_ary_node, 1}, {new hexpr_n_ary_node, 1}, {new hexpr_relop, 1},
-      {var("x"), 10}, {num(2), 11}, {new hexpr_linterm, 12}, {new hexpr_not, 20}, {new hexpr_and, 21},
-      {new hexpr_or, 22}, {new hexpr_xor, 23}, {new hexpr_nxor, 24}, {new hexpr_imp, 25},
-      {new hexpr_constraint, 26}, {new hexpr_equ, 30}, {new hexpr_neq, 31}, {new hexpr_leq, 32},
-      {new hexpr_les, 33}, {new hexpr_geq, 34}, {new hexpr_gre, 35}, {new hexpr_parentheses, 40},
-      {new hexpr_uminus, 41}, {new hexpr_add, 42}, {new hexpr_mul, 43}, {new hexpr_sub, 44},
-      {new hexpr_function("cos"), 50}, {new hexpr_formula, 60}, {new hexpr_proof_spec, 61},
-  };
-  for (const auto& [node, kind] : nodes) {
-    const hexpr* fresh = node->new_node();
-    EXPECT_EQ(node->get_opname(), kind);
-    EXPECT_EQ(typeid(*fresh), typeid(*node)) << kind;
-    const bool inner = dynamic_cast<const hexpr_inner_node*>(node) != nullptr;
-    EXPECT_EQ(node->is_leaf(), !inner) << kind;
-    if (inner) {
-      EXPECT_EQ(static_cast<const hexpr_inner_node*>(fresh)->subexpr_count(), 0u);
-    }
+TEST(ExpressionNodes, NewNodeKeepsTheClassAndItsDataAndTheDumpNamesEachKind) {
+  hexpr* const nodes[] = {
+      new hexpr, new hexpr_leaf_node, new hexpr_inner_node, new hexpr_1_ary_node, new hexpr_2_ary_node,
+      new hexpr_3_ary_node, new hexpr_n_ary_node, new hexpr_relop, new hexpr_var("x'"), new hexpr_const(2, ""),
+      new hexpr_const(1, "n"), new hexpr_linterm, new hexpr_not, new hexpr_and, new hexpr_or, new hexpr_xor,
+      new hexpr_nxor, new hexpr_imp, new hexpr_constraint, new hexpr_equ, new hexpr_neq, new hexpr_leq, new hexpr_les,
+      new hexpr_geq, new hexpr_gre, new hexpr_parentheses, new hexpr_uminus, new hexpr_add, new hexpr_mul,
+      new hexpr_sub, new hexpr_function("cos"), new hexpr_formula, new hexpr_proof_spec};
+  std::ostringstream names;
+  for (hexpr* node : nodes) {
+    hexpr* fresh = node->new_node();
+    EXPECT_EQ(typeid(*fresh), typeid(*node)) << sexpr(node);
+    EXPECT_EQ(node->is_leaf(), dynamic_cast<hexpr_inner_node*>(node) == nullptr) << sexpr(node);
+    fresh->print_hexpr_opname(" ", names);
     delete fresh;
     delete node;
   }
-}
-
-TEST(ExpressionNodes, ArityLimits) {
-  hexpr_equ relation(var("x"), num(1));
-  EXPECT_EQ(dump(relation), "EQU\n|\n+-VAR x\n|\n+-CONST 1\n");
-  hexpr_add sum;
-  for (int i = 0; i < 5; ++i) sum.add_subexpr(num(i));
-  EXPECT_EQ(sum.subexpr_count(), 5u);
-
-  expect_fatal([] { hexpr_not(var("a")).add_subexpr(var("b")); }, "Can't add a second subexpression to a unary node.");
-  expect_fatal([] { hexpr_imp(var("a"), var("b")).add_subexpr(var("c")); },
-               "Can't add a third subexpression to a binary node.");
-  expect_fatal([] { hexpr_proof_spec(var("a"), var("b"), var("c")).add_subexpr(var("d")); },
-               "Can't add a fourth subexpression to a ternary node.");
-}
-
-TEST(ExpressionNodes, FunctionTableAndExponentChecks) {
-  for (const char* name : {"abs", "exp", "sin", "cos"}) delete call(name, {var("x")});
-  for (const char* name : {"min", "max"}) delete call(name, {var("x"), var("y")});
-  delete call("pow", {var("x"), num(2.0)});
-  delete call("pow", {var("x"), num(0.0)});
-  delete call("nrt", {var("x"), num(2.0)});
-  delete call("nrt", {var("x"), num(5.0)});
-
-  expect_fatal([] { hexpr_function("sqrt"); }, "Unknown function 'sqrt'.");
-  expect_fatal([] { call("abs", {var("x"), var("y")}); }, "Can't add a second subexpression to function 'abs'.");
-  expect_fatal([] { call("min", {var("x"), var("y"), var("z")}); },
-               "Can't add a third subexpression to function 'min'.");
-  expect_fatal([] { call("pow", {var("x"), num(2), num(3)}); }, "Can't add a third subexpression to function 'pow'.");
-  expect_fatal([] { call("pow", {var("x"), var("y")}); }, "Exponent of power operator must be a constant value.");
-  for (double exponent : {2.5, -1.0})
-    expect_fatal([=] { call("pow", {var("x"), num(exponent)}); },
-                 "Power operator requires a non-negative integer value as exponent.");
-  expect_fatal([] { call("nrt", {var("x"), var("y")}); }, "Exponent of root operator must be a constant value.");
-  for (double exponent : {1.0, 2.5, -2.0})
-    expect_fatal([=] { call("nrt", {var("x"), num(exponent)}); },
-                 "Root operator requires an integer greater equal two as exponent.");
-}
-
-TEST(ExpressionNodes, PrimedNamesAndLinearTerms) {
-  const hexpr_var primed("x'"), plain("x"), quote("'"), twice("x''");
-  EXPECT_EQ(std::make_pair(primed.name, primed.primed), std::make_pair(std::string("x"), true));
-  EXPECT_EQ(std::make_pair(plain.name, plain.primed), std::make_pair(std::string("x"), false));
-  EXPECT_EQ(std::make_pair(quote.name, quote.primed), std::make_pair(std::string("'"), false));
-  EXPECT_EQ(std::make_pair(twice.name, twice.primed), std::make_pair(std::string("x'"), true));
-
-  hexpr_linterm term;
-  term.add_term(2.0, var("x"));
-  term.add_term(-1.0, var("y'"));
-  EXPECT_EQ(term.coefficients, (std::vector<double>{2.0, -1.0}));
-  EXPECT_EQ(term.subexpr_count(), 2u);
-  expect_fatal([] { hexpr_linterm().add_term(1.0, num(3)); }, "Subexpressions of HEXPR_LINTERM must be variables.");
-}
-
-TEST(ExpressionNodes, CopiesAreDeepAndCarryTheNodesData) {
-  symtab.new_frame();
-  const symbol_ref x_symbol = symtab.declare_variable(new hexpr_symobj("x", 0, 1, false, false));
-  auto* x = new hexpr_var("x'");
-  x->symbol_entry = x_symbol;
+  EXPECT_EQ(names.str(),
+            " INVALID INVALID INVALID INVALID INVALID INVALID INVALID INVALID VAR x' CONST 2 CONST n = 1 LINTERM NOT"
+            " AND OR XOR NXOR IMP CONSTRAINT EQU NEQ LEQ LES GEQ GRE PARENTHESES UMINUS ADD MUL SUB FUNCTION cos"
+            " FORMULA PROOF_SPEC");
+  // The dump draws connectors, and linear terms with their coefficients.
   auto* term = new hexpr_linterm;
-  term->add_term(3.0, var("y"));
-  hexpr* source = new hexpr_formula(new hexpr_and(
-      new hexpr_leq(new hexpr_add(x, new hexpr_const(2, "c")), num(3)),
-      new hexpr_gre(call("pow", {term, num(2)}), new hexpr_const(1, "true"))));
-
-  hexpr* copy = copy_hexpr(source);
-  const std::string before = dump(*source);
-  EXPECT_EQ(dump(*copy), before);
-  std::set<const hexpr*> source_nodes, copy_nodes;
-  collect(source, source_nodes);
-  collect(copy, copy_nodes);
-  EXPECT_EQ(copy_nodes.size(), source_nodes.size());
-  for (const hexpr* node : copy_nodes) EXPECT_EQ(source_nodes.count(node), 0u);
-
-  const auto* copied_x = dynamic_cast<const hexpr_var*>(x->new_node());
-  EXPECT_EQ(copied_x->symbol_entry, x_symbol);
-  delete copied_x;
-  delete source;
-  EXPECT_EQ(dump(*copy), before);  // nothing of the source is reached any more
-  delete copy;
-  symtab.delete_last_frame();
+  term->add_term(1.0, new hexpr_var("x"));
+  term->add_term(-2.5, new hexpr_var("y'"));
+  const hexpr_and both(new hexpr_not(new hexpr_var("p")), term);
+  std::ostringstream out;
+  both.print_hexpr("", out);
+  EXPECT_EQ(out.str(), "AND\n|\n+-NOT\n| |\n| +-VAR p\n|\n+-LINTERM\n  |\n  +-(1 * VAR x)\n  |\n  +-(-2.5 * VAR y')\n");
 }
 
-TEST(ExpressionNodes, DeletionSkipsDetachedSlots) {
-  destroyed = 0;
-  auto* detached = new counted;
-  auto* kept = new counted;
-  auto* node = new hexpr_or(detached, new hexpr_not(kept));
-  *node->subexprs_begin() = nullptr;
-  delete node;
-  EXPECT_EQ(destroyed, 1);
-  delete detached;
-  EXPECT_EQ(destroyed, 2);
+TEST(FrontEnd, FatalErrorsEndTheRunWithTheirMessage) {
+  // Each fatal error of the scanner, parser, symbol table, nodes, preprocessing and translation.
+  const std::pair<std::function<void()>, std::string> cases[] = {
+      {input("x > 1e999"), fatal("Cannot convert 1e999 to type double.")},
+      {input("DECL float [0, inf] x;\nEXPR x;"), syntax("inf", 1)},
+      {input("DECL boole b;\nINIT b;\n-- no target\nTRANS b';"), syntax("", 4)},
+      {input("DECL boole b;\nEXPR b;\n\n)"), syntax(")", 4)},
+      {input("DECL boole b;\nEXPR b\n  b;\n"), syntax("b", 3)},
+      {input("DECL boole b;\nEXPR max(b, (b);\n"), syntax(";", 2)},
+      {input("DECL\nEXPR b;\n"), syntax("EXPR", 2)},  // a section needs a declaration
+      {input("DECL boole b;\nEXPR\n" + std::string(10000, '(') + "b"), syntax("(", 3, "memory exhausted")},
+      {input("DECL float [0, d] x;\nEXPR x;"), fatal("Symbolic constant 'd' not defined.")},
+      {input("DECL define c = 1; float [0, c] c;\nEXPR true;"),
+       fatal("c has been defined to be a constant; it cannot be redefined to be a variable.")},
+      {input("DECL boole v; define v = true;\nEXPR true;"),
+       fatal("v has been defined to be a variable; it cannot be redefined to be a constant.")},
+      {input("DECL boole p, q, p;\nEXPR true;"), fatal("Redefinition of variable p")},
+      {input("DECL define c = 1; define c = 2;\nEXPR true;"), fatal("Redefinition of constant c")},
+      {input("sqrt(x) < 1"), fatal("Unknown function 'sqrt'.")},
+      {input("abs(x, y) < 1"), fatal("Can't add a second subexpression to function 'abs'.")},
+      {input("max(x, y, x) < 1"), fatal("Can't add a third subexpression to function 'max'.")},
+      {input("x ^ -2 < 1"), fatal("Exponent of power operator must be a constant value.")},
+      {input("x ^ 2.5 < 1"), fatal("Power operator requires a non-negative integer value as exponent.")},
+      {[] { static_cast<hexpr_function*>(call("pow", x()))->add_subexpr(num(-1)); },
+       fatal("Power operator requires a non-negative integer value as exponent.")},
+      {input("nrt(x, y) < 1"), fatal("Exponent of root operator must be a constant value.")},
+      {input("nrt(x, 1) < 1"), fatal("Root operator requires an integer greater equal two as exponent.")},
+      {input("nrt(x, 2.5) < 1"), fatal("Root operator requires an integer greater equal two as exponent.")},
+      {input("min(x) <= 1"), fatal("Operator 'min' requires two arguments.")},
+      {input("2 or p"), fatal("Constant value '2.000000' appears as subexpression of a Boolean operator.")},
+      {input("x + z >= 0"), fatal("Variable 'z' is undeclared.")},
+      {[] { hexpr_not(x()).add_subexpr(x()); }, fatal("Can't add a second subexpression to a unary node.")},
+      {[] { hexpr_imp(x(), x()).add_subexpr(x()); }, fatal("Can't add a third subexpression to a binary node.")},
+      {[] { hexpr_proof_spec(x(), x(), x()).add_subexpr(x()); },
+       fatal("Can't add a fourth subexpression to a ternary node.")},
+      {[] { hexpr_linterm().add_term(1.0, num(3)); }, fatal("Subexpressions of HEXPR_LINTERM must be variables.")},
+      {[] { std::ostringstream out; stray().print_hexpr("", out); },
+       fatal("Unexpected case value 99 in hexpr::print_hexpr_opname.")},
+      {[] { symtab.new_frame(), declare_x().users = {new hexpr_not}, symtab.delete_last_frame(); },
+       fatal("Unexpected case value 20 in hexpr_symtab::delete_last_frame.")},
+      {translated([] { return new hexpr; }), fatal("Missing member function 'hexpr2krait'.")},
+      {translated([] { return new hexpr_equ(x(), num(1)); }),
+       fatal("Unexpected case HEXPR_EQU in hexpr_relop::hexpr2krait.")},
+      {translated([] { return new hexpr_neq(x(), num(1)); }),
+       fatal("Unexpected case HEXPR_NEQ in hexpr_relop::hexpr2krait.")},
+      // The sides of a relation are checked before its kind.
+      {translated([] { return new hexpr_neq(x(), x()); }), fatal("Relop has non-constant righthand side.")},
+      {translated([] { return new hexpr_equ(literal(), num(1)); }),
+       fatal("Subexpression of an hexpr_relop node is a bound.")},
+      {translated([] { auto* sum = new hexpr_add(x(), x()); sum->add_subexpr(x()); return sum; }),
+       fatal("Discovered hexpr_add node with 3 subexpressions in hexpr_add::hexpr2krait.")},
+      {translated([] { return new hexpr_add(x(), literal()); }),
+       fatal("Subexpression of an hexpr_add node is a bound.")},
+      {translated([] { return call("abs", literal()); }), fatal("Subexpression of an hexpr_function node is a bound.")},
+      {translated([] { return call("sin", x()); }), fatal("Unexpected case in hexpr_function::hexpr2krait.")},
+      {translated([] { return new hexpr_not(literal()); }, 4), fatal("Passed invalid argument to toggle_polarity.")},
+      // The scanner's machinery fails with status 2 and its messages carry our prefix.
+      {[] { krait_hexpr_restart(std::fopen("/dev/null", "w")), krait_hexpr_lex(); }, "input in flex scanner failed\n"},
+      {[] { krait_hexpr_fatal("out of dynamic memory in yy_create_buffer()"); },
+       "out of dynamic memory in krait_hexpr__create_buffer()\n"},
+  };
+  for (const auto& [body, err] : cases) {
+    const captured_run run = run_captured(body);
+    EXPECT_EQ(run.status, err.starts_with("Error while") || err.starts_with("\nError") ? 1 : 2) << err;
+    EXPECT_EQ(run.err, err);
+  }
 }
