@@ -159,6 +159,13 @@ def check_box(case, k, box, stats, with_z3):
         raise Failure('bad-box', f'depth {k}: the candidate box has an end that is not a number')
     if any(lo is None or hi is None or lo > hi for lo, hi in box.values()):
         return  # unbounded or empty ranges: nothing to evaluate
+    # Integers are split down to single values and atoms over them alone are decided exactly:
+    # such a box is a solution, and an off-by-one at a strict bound must not hide in the slack.
+    if all(case.var(n).is_int and lo == hi for (n, _), (lo, hi) in box.items()) \
+            and set(semantics.instances(case, k)) <= set(box) and all(semantics.exact_atom(case, a) for a in atoms(case)):
+        stats['box, an integer point'] += 1
+        if semantics.holds(case, k, box) is not True:
+            raise Failure('bad-box', f'depth {k}: the candidate box is an integer point that is no solution')
     for robust in (True, False):
         bad = semantics.false_conjunct(case, k, box, robust=robust)
         if bad:

@@ -1,10 +1,7 @@
 // Shared definitions: tclauses, constants and connectives are made once, with the polarities
 // their clauses encode.
-#include <gtest/gtest.h>
-
 #include <cmath>
 
-#include "support/capture.hpp"
 #include "test_solver.hpp"
 
 using namespace test_solver;
@@ -12,148 +9,75 @@ using namespace test_solver;
 TEST(SharedDefinitions, TclausesAreMadeOncePerOperationAndOperands) {
   krait_solver s;
   const u32 x = s.define_float_var(-5, 5), y = s.define_float_var(-5, 5);
-  EXPECT_EQ(s.add_tclause(KRAIT_PRODUCT, x, y, 0), s.add_tclause(KRAIT_PRODUCT, y, x, 0));
-  EXPECT_EQ(s.add_tclause(KRAIT_SUM, x, y, 0), s.add_tclause(KRAIT_SUM, y, x, 0));
-  EXPECT_EQ(s.add_tclause(KRAIT_MAX, x, y, 0), s.add_tclause(KRAIT_MAX, y, x, 0));
-  EXPECT_NE(s.add_tclause(KRAIT_MAX, x, y, 0), s.add_tclause(KRAIT_MIN, x, y, 0));
-  EXPECT_NE(s.add_tclause(KRAIT_SCALE, y, y, 2), s.add_tclause(KRAIT_SCALE, y, y, 3));
-  EXPECT_EQ(s.add_tclause(KRAIT_SUM, y, y, 0), s.add_tclause(KRAIT_SCALE, y, y, 2.0));
-  EXPECT_EQ(s.add_tclause(KRAIT_PRODUCT, y, y, 0), s.add_tclause(KRAIT_POW, y, 0, 2.0));
-  EXPECT_EQ(s.add_tclause(KRAIT_ABS, y, 0, 0), s.add_tclause(KRAIT_ABS, y, y, 0));
+  const struct { u32 f, y, z; double c; u32 g, y2, z2; double c2; bool same; } pairs[] = {
+      {KRAIT_PRODUCT, x, y, 0, KRAIT_PRODUCT, y, x, 0, true}, {KRAIT_SUM, x, y, 0, KRAIT_SUM, y, x, 0, true},
+      {KRAIT_MAX, x, y, 0, KRAIT_MAX, y, x, 0, true},         {KRAIT_MAX, x, y, 0, KRAIT_MIN, x, y, 0, false},
+      {KRAIT_SCALE, y, y, 2, KRAIT_SCALE, y, y, 3, false},    {KRAIT_SUM, y, y, 0, KRAIT_SCALE, y, y, 2, true},
+      {KRAIT_PRODUCT, y, y, 0, KRAIT_POW, y, 0, 2, true},     {KRAIT_ABS, y, 0, 0, KRAIT_ABS, y, y, 0, true}};
+  for (const auto& p : pairs)
+    EXPECT_EQ(s.add_tclause(p.f, p.y, p.z, p.c) == s.add_tclause(p.g, p.y2, p.z2, p.c2), p.same) << p.f << " " << p.g;
   EXPECT_EQ(s.num_tclauses, 8u);  // x*y, x+y, max, min, 2y, 3y, y^2 and abs
-  EXPECT_EQ(s.add_tclause(KRAIT_MAX, y, y, 0), y);
-  EXPECT_EQ(s.add_tclause(KRAIT_MIN, x, x, 0), x);
-  EXPECT_EQ(s.add_tclause(KRAIT_SCALE, y, y, 1.0), y);
-  EXPECT_EQ(s.add_tclause(KRAIT_POW, y, 0, 1.0), y);
-  const u32 one = s.add_tclause(KRAIT_POW, y, 0, 0.0);
-  EXPECT_EQ(one, s.define_constant_var(1.0));
-  EXPECT_TRUE(s.vars[one].constant);
-
-  auto fatal = [](const std::function<void(krait_solver&, u32)>& body, const char* message) {
-    const captured_run run = run_captured([&] {
-      krait_solver t;
-      body(t, t.define_float_var(0, 1));
-    });
-    EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, std::string("\nError: ") + message + "\n");
-  };
-  fatal([](krait_solver& t, u32 v) { t.add_tclause(KRAIT_POW, v, 0, 2.5); }, "Exponent must be integer.");
-  fatal([](krait_solver& t, u32 v) { t.add_tclause(KRAIT_NRT, v, 0, 1.0); },
-        "Exponent must be an integer greater equal two.");
-  fatal([](krait_solver& t, u32 v) { t.add_tclause(KRAIT_NRT, v, 0, 2.5); },
-        "Exponent must be an integer greater equal two.");
-  fatal([](krait_solver& t, u32 v) { t.add_tclause(10, v, v, 0); }, "Unexpected case in krait_solver::add_tclause.");
+  // Operations that leave their operand as it is are no operations; y^0 is the constant 1.
+  EXPECT_EQ(std::vector<u32>({s.add_tclause(KRAIT_MAX, y, y, 0), s.add_tclause(KRAIT_MIN, x, x, 0),
+                              s.add_tclause(KRAIT_SCALE, y, y, 1), s.add_tclause(KRAIT_POW, y, 0, 1)}),
+            std::vector<u32>({y, x, y, y}));
+  EXPECT_EQ(s.add_tclause(KRAIT_POW, y, 0, 0), s.define_constant_var(1.0));
+  const struct { u32 f; double c; const char* message; } refused[] = {
+      {KRAIT_POW, 2.5, "Exponent must be integer."}, {KRAIT_NRT, 1, "Exponent must be an integer greater equal two."},
+      {10, 0, "Unexpected case in krait_solver::add_tclause."}};
+  for (const auto& [f, c, message] : refused) expect_fatal([&] { s.add_tclause(f, x, y, c); }, message);
 }
 
-TEST(SharedDefinitions, ConstantsCollideInTheHashButStayDistinct) {
+TEST(SharedDefinitions, KeysSaturateAndTheTableForgetsErasedEntries) {
   krait_solver s;
   const u32 a = s.define_constant_var(1.5);
   EXPECT_EQ(s.define_constant_var(1.5), a);
-  const u32 b = s.define_constant_var(1.25);
-  EXPECT_NE(a, b);
-  EXPECT_EQ(sharable_arithconst(1.5).hash_val(), sharable_arithconst(1.25).hash_val());
-  // Beyond 64 bits the key saturates (NaN is 0) instead of converting out of range.
-  EXPECT_EQ(sharable_arithconst(1e30).hash_val(), sharable_arithconst(INFINITY).hash_val());
-  EXPECT_EQ(sharable_arithconst(1e30).hash_val(), 0xFFFFFFFFu);
-  EXPECT_EQ(sharable_arithconst(-1e30).hash_val(), 0u);
-  EXPECT_EQ(sharable_arithconst(NAN).hash_val(), 0u);
-  EXPECT_EQ(sharable_tclause(KRAIT_SCALE, 3, 0, 1e300).hash_val(), sharable_tclause(KRAIT_SCALE, 3, 0, 1e20).hash_val());
-  EXPECT_EQ(s.num_constant, 2u);
-  const bound t = s.true_bound();
-  EXPECT_TRUE(bounds_equal(t, lower(s.define_constant_var(1.0), 1)));
-  EXPECT_EQ(s.sharables.size(), 3u);
-}
+  EXPECT_NE(s.define_constant_var(1.25), a);  // the same hash, another constant
+  // Keys beyond 64 bits saturate (NaN is 0) instead of converting out of range.
+  const struct { double value; u32 hash; } keys[] = {{1.5, 1}, {1e30, 0xFFFFFFFFu}, {INFINITY, 0xFFFFFFFFu},
+                                                     {-1e30, 0}, {NAN, 0}};
+  for (const auto& [value, hash] : keys) EXPECT_EQ(sharable_arithconst(value).hash_val(), hash) << value;
+  EXPECT_EQ(sharable_tclause(KRAIT_SCALE, 3, 0, 1e300).hash_val(),
+            sharable_tclause(KRAIT_SCALE, 3, 0, 1e20).hash_val());
+  expect_fatal([] { sharable_tclause(12, 1, 2, 0).hash_val(); }, "Unexpected case in sharable_tclause::hash_val.");
+  expect_fatal([] { (void)(sharable_tclause(12, 1, 2, 0) == sharable_tclause(12, 1, 2, 0)); },
+               "Unexpected case in sharable_tclause::operator==.");
 
-TEST(SharedDefinitions, KeysHashAndCompareAsTheirOperationsDo) {
-  EXPECT_EQ(sharable_tclause(2, 3, 7, 0).hash_val(), 10u);
-  EXPECT_EQ(sharable_tclause(1, 3, 0, 2.9).hash_val(), 2u * 1237u + 3u);
-  EXPECT_EQ(sharable_tclause(8, 4, 0, -1.0).hash_val(), static_cast<u32>(-1237 + 4));
-  EXPECT_EQ(sharable_tclause(6, 5, 0, 0).hash_val(), 5u);
-  EXPECT_TRUE(sharable_tclause(2, 3, 7, 0) == sharable_tclause(2, 7, 3, 0));
-  EXPECT_FALSE(sharable_tclause(1, 3, 0, 2) == sharable_tclause(1, 3, 0, 3));
-  EXPECT_FALSE(static_cast<const sharable_expr&>(sharable_tclause(5, 3, 0, 0)) == sharable_arithconst(3));
-  EXPECT_FALSE(sharable_arithconst(NAN) == sharable_arithconst(NAN));
-  EXPECT_EQ(sharable_or({lower(2, 1), upper(5, 3)}).hash_val(), 7u);
-  EXPECT_EQ(sharable_and({lower(2, 1), upper(5, 3)}).hash_val(), 8u);
-  EXPECT_FALSE(sharable_or({lower(2, 1)}) == sharable_and({lower(2, 1)}));
-  EXPECT_FALSE(sharable_or({lower(2, 1)}) == sharable_or({lower(2, 1, true)}));
-  EXPECT_EQ(toggle_polarity(1), 2u);
-  EXPECT_EQ(toggle_polarity(2), 1u);
-  EXPECT_EQ(toggle_polarity(3), 3u);
-  EXPECT_EQ(toggle_polarity(0), 0u);
-  const captured_run run = run_captured([] { toggle_polarity(4); });
-  EXPECT_EQ(run.err, "\nError: Passed invalid argument to toggle_polarity.\n");
-  const captured_run hash = run_captured([] { sharable_tclause(12, 1, 2, 0).hash_val(); });
-  EXPECT_EQ(hash.err, "\nError: Unexpected case in sharable_tclause::hash_val.\n");
-  const captured_run eq = run_captured([] { (void)(sharable_tclause(12, 1, 2, 0) == sharable_tclause(12, 1, 2, 0)); });
-  EXPECT_EQ(eq.err, "\nError: Unexpected case in sharable_tclause::operator==.\n");
-}
-
-TEST(SharedDefinitions, TheTableGrowsAndForgetsErasedEntries) {
-  sharable_table table;
+  sharable_table table;  // grows, and forgets what is erased
   std::vector<u32> positions;
-  for (int i = 0; i < 500; ++i) {
-    positions.push_back(table.insert(std::make_unique<sharable_arithconst>(i * 0.5), {{1, true, false, 0.0}, 3}));
-  }
-  EXPECT_EQ(table.size(), 500u);
-  EXPECT_GE(table.bucket_count(), 500u);
+  for (int i = 0; i < 500; ++i) positions.push_back(table.insert(std::make_unique<sharable_arithconst>(i), {}));
   for (int i = 0; i < 500; i += 2) table.erase(positions[i]);
-  for (int i = 0; i < 500; ++i) {
-    const u32 found = table.find(sharable_arithconst(i * 0.5));
-    EXPECT_EQ(found == sharable_table::npos, i % 2 == 0) << i;
-    if (i % 2 == 1) {
-      EXPECT_EQ(found, positions[i]);
-    }
-  }
+  for (int i = 0; i < 500; ++i) EXPECT_EQ(table.find(sharable_arithconst(i)), i % 2 ? positions[i] : table.npos);
 }
 
-TEST(Connectives, PolaritiesAreUpgradedAndDualsAnswered) {
+TEST(Connectives, PolaritiesDualsMergingAndDecidedCases) {
   krait_solver s;
-  const u32 a = s.define_float_var(0, 10), b = s.define_float_var(0, 10);
+  const u32 a = s.define_float_var(0, 10), b = s.define_float_var(0, 10), i = s.define_int_var(0, 10);
   const u32 clauses = static_cast<u32>(s.num_dclauses);
   const bound r = s.define_or({lower(a, 5), upper(b, 2)}, 1);
-  EXPECT_EQ(r.var, b + 1);
-  EXPECT_TRUE(s.vars[r.var].boolean);
-  EXPECT_EQ(s.num_dclauses, clauses + 2u + 1u);  // r's range, then (a >= 5 or b <= 2 or r <= 0)
-  EXPECT_EQ(s.dclause_at(clauses + 3).atoms.size(), 3u);
-  EXPECT_TRUE(bounds_equal(s.dclause_at(clauses + 3).atoms[2], upper(r.var, 0)));
-
+  // r's range, then (a >= 5 or b <= 2 or r <= 0).
+  EXPECT_TRUE(r.var == i + 1 && s.vars[r.var].boolean && s.num_dclauses == clauses + 3);
+  EXPECT_TRUE(same_atoms(s.dclause_at(clauses + 3).atoms, {lower(a, 5), upper(b, 2), upper(r.var, 0)}));
   // Asked again negatively: the same literal, and the two missing clauses b_i -> r.
   EXPECT_TRUE(bounds_equal(s.define_or({upper(b, 2), lower(a, 5)}, 2), r));
-  EXPECT_EQ(s.num_dclauses, clauses + 5u);
-  EXPECT_TRUE(bounds_equal(s.dclause_at(clauses + 4).atoms[0], upper(a, 5, true)));
-  EXPECT_TRUE(bounds_equal(s.dclause_at(clauses + 4).atoms[1], r));
-  s.define_or({lower(a, 5), upper(b, 2)}, 1);
-  s.define_or({lower(a, 5), upper(b, 2)}, 2);
-  EXPECT_EQ(s.num_dclauses, clauses + 5u);
-
+  EXPECT_TRUE(s.num_dclauses == clauses + 5 && same_atoms(s.dclause_at(clauses + 4).atoms, {upper(a, 5, true), r}));
+  s.define_or({lower(a, 5), upper(b, 2)}, 3);
   // The conjunction of the complements is the complement of r.
-  const bound n = s.define_and({upper(a, 5, true), lower(b, 2, true)}, 3);
-  EXPECT_TRUE(bounds_equal(n, upper(r.var, 0)));
-  EXPECT_EQ(s.num_variables, r.var);
-  EXPECT_EQ(s.num_dclauses, clauses + 5u);
-}
+  EXPECT_TRUE(bounds_equal(s.define_and({upper(a, 5, true), lower(b, 2, true)}, 3), upper(r.var, 0)));
+  EXPECT_TRUE(s.num_variables == r.var && s.num_dclauses == clauses + 5);
 
-TEST(Connectives, MergingAbsorptionAndDecidedCases) {
-  krait_solver s;
-  const u32 a = s.define_float_var(0, 10), i = s.define_int_var(0, 10);
-  const u64 vars = s.num_variables;
-  // A disjunction keeps the weaker literal per variable and direction.
-  EXPECT_TRUE(bounds_equal(s.define_or({lower(a, 5), lower(a, 3)}, 3), lower(a, 3)));
-  // A conjunction keeps the stronger; integers are normalised.
-  EXPECT_TRUE(bounds_equal(s.define_and({upper(i, 7), upper(i, 4.5, true)}, 3), upper(i, 4)));
-  EXPECT_EQ(s.num_variables, vars);
-  // a <= 4 or a >= 3 covers everything; a <= 2 and a > 2 is empty.
-  const bound t = s.define_or({upper(a, 4), lower(a, 3)}, 3);
-  EXPECT_TRUE(bounds_equal(t, s.true_bound()));
-  const bound f = s.define_and({upper(a, 2), lower(a, 2, true)}, 3);
-  EXPECT_TRUE(bounds_equal(f, s.negate_bound(s.true_bound())));
-  // Constant literals drop out of or decide the connective.
-  EXPECT_TRUE(bounds_equal(s.define_or({f, lower(a, 3)}, 3), lower(a, 3)));
-  EXPECT_TRUE(bounds_equal(s.define_or({t, lower(a, 3)}, 3), t));
-  EXPECT_TRUE(bounds_equal(s.define_and({t, lower(a, 3)}, 3), lower(a, 3)));
-  EXPECT_TRUE(bounds_equal(s.define_and({f, lower(a, 3)}, 3), f));
-  EXPECT_TRUE(bounds_equal(s.define_or({}, 3), f));
-  EXPECT_TRUE(bounds_equal(s.define_and({}, 3), t));
-  EXPECT_EQ(s.num_variables, vars + 1);  // only the constant 1
+  // One literal per variable and direction: the weaker in a disjunction, the stronger in a
+  // conjunction. Opposite literals may cover everything or nothing; literals on the constant 1
+  // drop out or decide the connective.
+  const bound t = s.true_bound(), f = s.negate_bound(t);
+  const struct { bool is_or; std::vector<bound> literals; bound result; } cases[] = {
+      {true, {lower(a, 5), lower(a, 3)}, lower(a, 3)}, {false, {upper(i, 7), upper(i, 4.5, true)}, upper(i, 4)},
+      {true, {upper(a, 4), lower(a, 3)}, t},           {false, {upper(a, 2), lower(a, 2, true)}, f},
+      {true, {f, lower(a, 3)}, lower(a, 3)},           {true, {t, lower(a, 3)}, t},
+      {false, {t, lower(a, 3)}, lower(a, 3)},          {false, {f, lower(a, 3)}, f},
+      {true, {}, f},                                   {false, {}, t}};
+  for (const auto& [is_or, literals, result] : cases) {
+    EXPECT_TRUE(bounds_equal(s.define_connective(literals, 3, is_or), result)) << is_or;
+  }
+  EXPECT_EQ(s.num_variables, r.var + 1);  // the constant 1, and no literal of its own
 }
