@@ -65,12 +65,14 @@ u32 krait_solver::get_dlevel_of_bound(bound atom) const {
   error("Unexpected case in get_dlevel_of_bound.");
 }
 
+void krait_solver::add_watch(u32 dclause_index, u32 position, bound atom) {
+  (atom.is_lower ? vars[atom.var].dclause_watches_lb : vars[atom.var].dclause_watches_ub)
+      .push_back({dclause_index, position, atom});
+}
+
 void krait_solver::register_watches(u32 index) {
   const dclause& c = dclause_at(index);
-  for (u32 position : c.watch) {
-    const bound& a = c.atoms[position];
-    (a.is_lower ? vars[a.var].dclause_watches_lb : vars[a.var].dclause_watches_ub).push_back({index, position});
-  }
+  for (u32 position : c.watch) add_watch(index, position, c.atoms[position]);
 }
 
 void krait_solver::request_backjump(u32 level) {
@@ -252,8 +254,8 @@ void krait_solver::purge_deleted_dclauses() {
   auto deleted = [&](const dclause_watch& w) { return dclause_at(w.dclause).deleted; };
   for (std::size_t v = 1; v < vars.size(); ++v) {
     variable& var = vars[v];
-    if (var.lb_watches_dirty) std::erase_if(var.dclause_watches_lb, deleted);
-    if (var.ub_watches_dirty) std::erase_if(var.dclause_watches_ub, deleted);
+    if (var.lb_watches_dirty) var.dclause_watches_lb.erase_if(deleted);
+    if (var.ub_watches_dirty) var.dclause_watches_ub.erase_if(deleted);
     var.lb_watches_dirty = var.ub_watches_dirty = false;
   }
   u32 kept = lowest_deleted_dclause_slot;

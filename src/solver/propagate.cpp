@@ -1,5 +1,7 @@
 // Propagation to a fixpoint or a conflict: pending implications first, then the watched
 // dclauses and the tclauses of every stack that changed, in the order the stacks changed.
+#include <cmath>
+
 #include "solver/solver.hpp"
 
 void krait_solver::note_reason(u32 dclause_index) {
@@ -13,21 +15,24 @@ bool krait_solver::visit_watch(bound_ref trigger, dclause_watch w, bool& remove)
 
 bool krait_solver::visit_watch(bound t, dclause_watch w, bool& remove) {
   remove = false;
-  dclause& c = dclause_at(w.dclause);
-  if (!bounds_conflict(t, c.atoms[w.position])) return false;
+  if (!bounds_conflict(t, w.atom)) return false;
+  return move_watch_or_assert(w, remove);
+}
 
-  // Move the watch to an atom that is not false, if there is one.
+// The watched atom is false: move the watch to an atom that is not, or assert the other one.
+bool krait_solver::move_watch_or_assert(dclause_watch w, bool& remove) {
+  dclause& c = dclause_at(w.dclause);
   const u32 other = c.watch[0] == w.position ? c.watch[1] : c.watch[0];
   for (u32 q = 0; q < c.atoms.size(); ++q) {
     if (q == c.watch[0] || q == c.watch[1]) continue;
-    const bound& a = c.atoms[q];
+    const bound a = c.atoms[q];
     bound opposite{a.var, !a.is_lower, false, 0.0};
     const bm& stacks = vars[a.var].bounds;
     const bool has = a.is_lower ? stacks.get_upper(opposite.value, opposite.strict)
                                 : stacks.get_lower(opposite.value, opposite.strict);
     if (has && bounds_conflict(a, opposite)) continue;
     (c.watch[0] == w.position ? c.watch[0] : c.watch[1]) = q;
-    (a.is_lower ? vars[a.var].dclause_watches_lb : vars[a.var].dclause_watches_ub).push_back({w.dclause, q});
+    add_watch(w.dclause, q, a);
     remove = true;
     return false;
   }
@@ -42,21 +47,29 @@ bool krait_solver::visit_watch(bound t, dclause_watch w, bool& remove) {
 
 bool krait_solver::visit_bound(bound_ref trigger) {
   // A new lower bound can falsify upper atoms, a new upper bound lower atoms.
-  std::vector<dclause_watch>& watches =
-      id_is_lower(trigger.id) ? vars[trigger.var].dclause_watches_ub : vars[trigger.var].dclause_watches_lb;
+  const bool is_lower = id_is_lower(trigger.id);
+  watch_list& watches = is_lower ? vars[trigger.var].dclause_watches_ub : vars[trigger.var].dclause_watches_lb;
   const bound t = bound_of(trigger);
-  for (std::size_t i = 0; i < watches.size();) {
+  const bool intvar = vars[trigger.var].intvar;
+  // How far a falsified atom can lie from the trigger: on a real variable not past it, on an
+  // integer one (both ends rounded inward first) less than two beyond its rounded value.
+  const double reach = !intvar ? t.value : is_lower ? std::ceil(t.value) + 2.0 : std::floor(t.value) - 2.0;
+  for (std::size_t i = watches.next_candidate(0, reach); i < watches.size(); i = watches.next_candidate(i, reach)) {
+    // Decided from the watch's copy of its atom: most candidates are left alone too.
+    if (!opposite_bounds_conflict(intvar, t, watches[i].atom)) {
+      ++i;
+      continue;
+    }
     const dclause_watch w = watches[i];
     const dclause& c = dclause_at(w.dclause);
     if (c.deleted || c.reason_here) {
       ++i;
       continue;
     }
-    bool remove;
-    if (visit_watch(t, w, remove)) return true;
+    bool remove = false;
+    if (move_watch_or_assert(w, remove)) return true;
     if (remove) {
-      watches[i] = watches.back();
-      watches.pop_back();
+      watches.remove_swapping_last(i);
     } else {
       ++i;
     }

@@ -17,16 +17,11 @@
 #include "solver/bm.hpp"
 #include "solver/bound.hpp"
 #include "solver/fifo.hpp"
+#include "solver/watches.hpp"
 
 using u8 = std::uint8_t;
 using u32 = std::uint32_t;
 using u64 = std::uint64_t;
-
-// A watched atom of a dclause, filed under the atom's variable.
-struct dclause_watch {
-  u32 dclause = 0;
-  u32 position = 0;
-};
 
 struct variable {
   bool arith_auxvar = false;  // introduced for an arithmetic subterm; may be unbounded
@@ -35,8 +30,8 @@ struct variable {
   bool boolean = false;       // integer with range exactly [0, 1]
   bm bounds;
   std::vector<u32> tclause_watches;
-  std::vector<dclause_watch> dclause_watches_lb;  // visited when an upper bound is pushed
-  std::vector<dclause_watch> dclause_watches_ub;  // visited when a lower bound is pushed
+  watch_list dclause_watches_lb{true};   // visited when an upper bound is pushed
+  watch_list dclause_watches_ub{false};  // visited when a lower bound is pushed
   bool watches_dirty = false;
   bool lb_watches_dirty = false;
   bool ub_watches_dirty = false;
@@ -147,6 +142,8 @@ struct context_frame {
   std::vector<std::pair<u32, u32>> changed_sharables;  // entry position, polarity before
 };
 
+inline bool opposite_bounds_conflict(bool intvar, bound a, bound b);
+
 // The solver: one object holds the variables, their bound stacks, the clauses and the search.
 // Its member functions live in files named after their concern.
 struct krait_solver {
@@ -227,6 +224,8 @@ struct krait_solver {
   void enqueue_implication(u32 var, bool is_lower);
   bool visit_watch(bound_ref trigger, dclause_watch watch, bool& remove);
   bool visit_watch(bound trigger, dclause_watch watch, bool& remove);
+  bool move_watch_or_assert(dclause_watch watch, bool& remove);
+  void add_watch(u32 dclause_index, u32 position, bound atom);
   bool visit_bound(bound_ref trigger);
   bool propagate();
   void clear_queues();
@@ -353,9 +352,14 @@ struct krait_solver {
 
 inline bool krait_solver::bounds_conflict(bound a, bound b) const {
   if (a.var != b.var || a.is_lower == b.is_lower) return false;
+  return opposite_bounds_conflict(vars[a.var].intvar, a, b);
+}
+
+// The test above for two bounds already known to lie on one variable in opposite directions.
+inline bool opposite_bounds_conflict(bool intvar, bound a, bound b) {
   bound lower = a.is_lower ? a : b;
   bound upper = a.is_lower ? b : a;
-  if (vars[a.var].intvar) {
+  if (intvar) {
     const double lower_value = std::ceil(lower.value), upper_value = std::floor(upper.value);
     if (lower_value != lower.value) lower = {lower.var, true, false, lower_value};
     if (upper_value != upper.value) upper = {upper.var, false, false, upper_value};

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "solver/bound.hpp"
+
+// A watched atom of a dclause, filed under the atom's variable. It carries a copy of the atom,
+// so that a new bound that leaves the atom alone, by far the common case, is passed over
+// without touching the clause.
+struct dclause_watch {
+  std::uint32_t dclause = 0;
+  std::uint32_t position = 0;
+  bound atom;
+};
+
+// The watches of one variable in one direction (all lower atoms, or all upper ones), in the
+// order a visit walks them. Long lists are the rule once thousands of clauses are learned,
+// and a new bound falsifies few of their atoms: a summary per block of entries (the largest
+// value of a lower list, the smallest of an upper one) lets the walk skip every block in which
+// no atom can be falsified, and still meet the others in list order.
+class watch_list {
+ public:
+  explicit watch_list(bool lower_atoms) : lower_(lower_atoms) {}
+
+  std::size_t size() const { return entries_.size(); }
+  bool empty() const { return entries_.empty(); }
+  const dclause_watch& operator[](std::size_t i) const { return entries_[i]; }
+  auto begin() const { return entries_.begin(); }
+  auto end() const { return entries_.end(); }
+
+  void push_back(const dclause_watch& w) {
+    if (entries_.size() % block == 0) {
+      summary_.push_back(w.atom.value);
+    } else {
+      summary_.back() = extreme(summary_.back(), w.atom.value);
+    }
+    entries_.push_back(w);
+  }
+
+  // Replaces entry i by the last one, which the walk then examines at i.
+  void remove_swapping_last(std::size_t i) {
+    entries_[i] = entries_.back();
+    entries_.pop_back();
+    if (entries_.size() % block == 0) summary_.pop_back();
+    if (i < entries_.size()) summarise(i / block);
+    if (!summary_.empty()) summarise(summary_.size() - 1);
+  }
+
+  template <typename Predicate>
+  void erase_if(Predicate doomed) {
+    std::erase_if(entries_, doomed);
+    summary_.resize((entries_.size() + block - 1) / block);
+    for (std::size_t b = 0; b < summary_.size(); ++b) summarise(b);
+  }
+
+  // The first index from i on whose atom may be falsified by a bound that reaches `reach`: a
+  // lower atom whose value is at least `reach`, an upper atom whose value is at most `reach`
+  // (callers widen `reach` so that it covers every atom the bound falsifies); size() if none.
+  std::size_t next_candidate(std::size_t i, double reach) const {
+    const std::size_t n = entries_.size();
+    while (i < n) {
+      const std::size_t b = i / block;
+      if (!candidate(summary_[b], reach)) {
+        i = (b + 1) * block;
+        continue;
+      }
+      const std::size_t stop = std::min(n, (b + 1) * block);
+      for (; i < stop; ++i) {
+        if (candidate(entries_[i].atom.value, reach)) return i;
+      }
+    }
+    return n;
+  }
+
+ private:
+  static constexpr std::size_t block = 32;
+
+  bool candidate(double value, double reach) const { return lower_ ? value >= reach : value <= reach; }
+  double extreme(double a, double b) const { return lower_ ? std::max(a, b) : std::min(a, b); }
+  void summarise(std::size_t b) {
+    const std::size_t stop = std::min(entries_.size(), (b + 1) * block);
+    double s = entries_[b * block].atom.value;
+    for (std::size_t i = b * block + 1; i < stop; ++i) s = extreme(s, entries_[i].atom.value);
+    summary_[b] = s;
+  }
+
+  std::vector<dclause_watch> entries_;
+  std::vector<double> summary_;
+  bool lower_;
+};
