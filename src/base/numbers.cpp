@@ -1,32 +1,14 @@
 #include "base/numbers.hpp"
 
 #include <cerrno>
-#include <cfenv>
 #include <climits>
 #include <cmath>
 #include <cstdlib>
-
-namespace {
-
-constexpr int watched_fp_exceptions = FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW | FE_UNDERFLOW;
-
-}  // namespace
 
 double midpoint(double lo, double hi) {
   const double width = hi - lo;
   if (std::isinf(width)) return lo * 0.5 + hi * 0.5;
   return lo + width * 0.5;
-}
-
-bool fp_exceptions_raised() {
-  if (std::fetestexcept(watched_fp_exceptions) == 0) return false;
-  std::feclearexcept(watched_fp_exceptions);
-  return true;
-}
-
-void clear_fp_exceptions() {
-  // Testing first is cheaper than clearing unconditionally, and nothing is usually raised.
-  if (std::fetestexcept(watched_fp_exceptions) != 0) std::feclearexcept(watched_fp_exceptions);
 }
 
 std::int64_t truncated_int64(double value) {

@@ -1,6 +1,5 @@
 #include "interval/endpoint.hpp"
 
-#include <cfenv>
 #include <cmath>
 
 #include "base/error.hpp"
@@ -84,12 +83,11 @@ bool is_odd(double n) { return std::fmod(n, 2.0) != 0.0; }
 // ulp on the wrong side of the exact value. A proof by directed multiplication settles it,
 // without touching the exception flags the caller will look at.
 double proven_power(double base, double n, bool want_lower) {
-  std::fexcept_t flags;
-  std::fegetexceptflag(&flags, FE_ALL_EXCEPT);
+  const unsigned flags = fpenv::raised(fpenv::all_flags);
   rounding::toward(want_lower);
   const double bound = directed_power(base, n);
   rounding::nearest();
-  std::fesetexceptflag(&flags, FE_ALL_EXCEPT);
+  fpenv::restore(flags);
   return bound;
 }
 
@@ -99,8 +97,7 @@ double proven_power(double base, double n, bool want_lower) {
 // lower end of every root of x >= 0.
 double proven_root(double base, double x, double n, bool want_lower) {
   if (want_lower && base <= 0.0) return base;
-  std::fexcept_t flags;
-  std::fegetexceptflag(&flags, FE_ALL_EXCEPT);
+  const unsigned flags = fpenv::raised(fpenv::all_flags);
   const double away = want_lower ? -HUGE_VAL : HUGE_VAL;
   double gap = 0.0;
   for (int step = 0; std::isfinite(base); ++step) {
@@ -120,7 +117,7 @@ double proven_root(double base, double x, double n, bool want_lower) {
       break;
     }
   }
-  std::fesetexceptflag(&flags, FE_ALL_EXCEPT);
+  fpenv::restore(flags);
   return base;
 }
 

@@ -1,6 +1,4 @@
 // The single entry point of every new bound.
-#include <cfenv>
-
 #include "base/numbers.hpp"
 #include "solver/solver.hpp"
 
@@ -19,7 +17,7 @@ bool krait_solver::assign_bound(u32 var, bool is_lower, bool strict, double valu
 bool krait_solver::check_and_push(u32 var, bool is_lower, bool strict, double value, const origin& why,
                                   var_view& view) {
   if (value == 0.0) value = 0.0;  // never store -0.0
-  std::fesetround(FE_TONEAREST);
+  fpenv::set_rounding(fpenv::to_nearest);
 
   // The opposite bound: does the new one leave the range empty?
   const bool has_opposite = is_lower ? view.has_upper : view.has_lower;

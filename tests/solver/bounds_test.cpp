@@ -1,5 +1,4 @@
 // Bound values, backtracking and the assignment of a new bound.
-#include <cfenv>
 #include <cfloat>
 #include <cmath>
 
@@ -77,11 +76,11 @@ TEST(Assignment, FloatingPointTroubleDropsOnlyTheBoundItTainted) {
   ASSERT_TRUE(!s.propagate() && current(s, x).lo == -1e308);
   const origin rule{KRAIT_ORIGIN_TCLAUSE, 1, {}};
   var_view vx = s.view_of(x), vy = s.view_of(y);
-  std::fesetround(FE_UPWARD);
+  fpenv::set_rounding(fpenv::upward);
   EXPECT_FALSE(s.assign_bound(y, false, false, huge * 2.0, rule, vy));  // computed through an overflow
-  EXPECT_TRUE(s.num_ineffective == 0 && std::fetestexcept(FE_OVERFLOW) == 0);
+  EXPECT_TRUE(s.num_ineffective == 0 && fpenv::raised(fpenv::overflow) == 0);
   EXPECT_FALSE(s.assign_bound(y, true, false, -0.0, rule, vy));
-  EXPECT_TRUE(std::fegetround() == FE_TONEAREST && !std::signbit(current(s, y).lo));  // never -0
+  EXPECT_TRUE(fpenv::rounding() == fpenv::to_nearest && !std::signbit(current(s, y).lo));  // never -0
   // The improvement test of this one computes 1e308 - (-1e308): the next bound still goes in.
   EXPECT_FALSE(s.assign_bound(x, true, false, 1e308, rule, vx));
   EXPECT_FALSE(s.assign_bound(y, false, false, 0.5, rule, vy));
