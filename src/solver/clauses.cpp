@@ -16,15 +16,15 @@ bool krait_solver::has_two_operands(u32 functor) {
 }
 
 u32 krait_solver::get_atom_status(bound atom) const {
-  const bm& stacks = vars[atom.var].bounds;
   bound opposite{atom.var, !atom.is_lower, false, 0.0};
-  if ((atom.is_lower ? stacks.get_upper(opposite.value, opposite.strict)
-                     : stacks.get_lower(opposite.value, opposite.strict)) &&
+  if ((atom.is_lower ? get_upper_bound(atom.var, opposite.strict, opposite.value)
+                     : get_lower_bound(atom.var, opposite.strict, opposite.value)) &&
       bounds_conflict(atom, opposite)) {
     return atom_false;
   }
   bound same{atom.var, atom.is_lower, false, 0.0};
-  if (!(atom.is_lower ? stacks.get_lower(same.value, same.strict) : stacks.get_upper(same.value, same.strict))) {
+  if (!(atom.is_lower ? get_lower_bound(atom.var, same.strict, same.value)
+                      : get_upper_bound(atom.var, same.strict, same.value))) {
     return atom_open;
   }
   // True when the current bound leaves no room for the atom's complement.
@@ -72,7 +72,7 @@ void krait_solver::add_watch(u32 dclause_index, u32 position, bound atom) {
 
 void krait_solver::register_watches(u32 index) {
   const dclause& c = dclause_at(index);
-  for (u32 position : c.watch) add_watch(index, position, c.atoms[position]);
+  for (u32 position : hot[index].watch) add_watch(index, position, c.atoms[position]);
 }
 
 void krait_solver::request_backjump(u32 level) {
@@ -94,9 +94,11 @@ u32 krait_solver::add_dclause(const std::vector<bound>& atoms, bool learned) {
     dclause_slot.push_back(0);
   }
   dclause_slot[index] = static_cast<u32>(dclause_records.size());
+  if (hot.size() <= index) hot.resize(index + 1);
   dclause& c = dclause_records.emplace_back();
   c.atoms = atoms;
   c.index = index;
+  hot[index] = {c.atoms.data(), static_cast<u32>(atoms.size()), {0, 0}, 0};
   c.learned = learned;
   if (!learned && current_part != 0) c.part_mask |= static_cast<u8>(2u << (current_part - 1));
   ++num_dclauses;
@@ -104,8 +106,8 @@ u32 krait_solver::add_dclause(const std::vector<bound>& atoms, bool learned) {
   if (!context_stack.empty()) context_stack.back().added_dclauses.insert(index);
 
   auto watch = [&](u32 first, u32 second) {
-    c.watch[0] = first;
-    c.watch[1] = second;
+    hot[index].watch[0] = first;
+    hot[index].watch[1] = second;
     register_watches(index);
   };
   const u32 n = static_cast<u32>(atoms.size());
@@ -229,9 +231,10 @@ void krait_solver::purge_deleted_tclauses() {
 void krait_solver::delete_dclause(u32 index) {
   dclause& c = dclause_at(index);
   c.deleted = true;
+  hot[index].passed_over |= 1;
   const u32 slot = dclause_slot[index];
   if (lowest_deleted_dclause_slot == 0 || slot < lowest_deleted_dclause_slot) lowest_deleted_dclause_slot = slot;
-  for (u32 position : c.watch) {
+  for (u32 position : hot[index].watch) {
     const bound& a = c.atoms[position];
     (a.is_lower ? vars[a.var].lb_watches_dirty : vars[a.var].ub_watches_dirty) = true;
   }

@@ -30,11 +30,11 @@ void krait_solver::pop_context() {
   trail_level& level0 = trail[0];
   while (level0.bounds.size() > f.level0_bounds) {
     const bound_ref r = level0.bounds.back();
-    vars[r.var].bounds.pop(id_is_lower(r.id));
+    pop_bound(r.var, id_is_lower(r.id));
     level0.bounds.pop_back();
   }
   while (level0.reason_dclauses.size() > f.level0_reasons) {
-    dclause_at(level0.reason_dclauses.back()).reason_here = false;
+    clear_reason(level0.reason_dclauses.back());
     level0.reason_dclauses.pop_back();
   }
 
@@ -59,7 +59,7 @@ void krait_solver::pop_context() {
     if (var.prev_var != 0) vars[var.prev_var].next_var = 0;
   }
   clear_queues();
-  vars.resize(f.var_count + 1);
+  resize_vars(f.var_count + 1);
   num_variables = f.var_count;
   num_learned = f.learned_L;
   num_templates = f.learned_T;

@@ -8,8 +8,9 @@
 u32 krait_solver::define_var(bool arith_auxvar, bool intvar, bool has_lower, bool lower_strict, double lower,
                              bool has_upper, double upper) {
   const u32 v = static_cast<u32>(++num_variables);
-  vars.resize(num_variables + 1);
+  resize_vars(num_variables + 1);
   vars[v] = variable{};
+  tops[v] = var_view{};
   variable& var = vars[v];
   var.arith_auxvar = arith_auxvar;
   var.intvar = intvar;

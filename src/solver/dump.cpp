@@ -22,13 +22,13 @@ void print_part_mask(u8 mask) {
         << (mask & KRAIT_PART_TARGET ? 'P' : ' ') << "]: ";
 }
 
-void print_clause(const dclause& c, bool wrap) {
+void print_clause(const dclause& c, const u32 watch[2], bool wrap) {
   out() << "DC_" << c.index;
   if (c.learned) out() << (c.shift_template ? " (T)" : c.shift_copy ? " (R)" : " (L)");
   print_part_mask(c.part_mask);
   for (u32 i = 0; i < c.atoms.size(); ++i) {
     if (i > 0) out() << " or ";
-    const bool watched = i == c.watch[0] || i == c.watch[1];
+    const bool watched = i == watch[0] || i == watch[1];
     if (wrap) out() << (watched ? "[[" : "(");
     print_bound(c.atoms[i]);
     if (wrap) out() << (watched ? "]]" : ")");
@@ -46,14 +46,14 @@ void krait_solver::dump_dclauses(const char* prefix) const {
   for (u32 index = 1; index < dclause_slot.size(); ++index) {
     if (dclause_slot[index] == 0) continue;
     out() << prefix;
-    print_clause(dclause_at(index), true);
+    print_clause(dclause_at(index), hot[index].watch, true);
   }
 }
 
 void krait_solver::dump_dclause(u32 index, const char* prefix) const {
   if (index >= dclause_slot.size()) error("Passed invalid argument to dump_dclause.");
   out() << prefix;
-  print_clause(dclause_at(index), false);
+  print_clause(dclause_at(index), hot[index].watch, false);
 }
 
 void krait_solver::dump_tclauses(const char* prefix) const {

@@ -6,7 +6,13 @@
 
 void krait_solver::note_reason(u32 dclause_index) {
   dclause_at(dclause_index).reason_here = true;
+  hot[dclause_index].passed_over |= 2;
   current_trail().reason_dclauses.push_back(dclause_index);
+}
+
+void krait_solver::clear_reason(u32 dclause_index) {
+  dclause_at(dclause_index).reason_here = false;
+  hot[dclause_index].passed_over &= static_cast<u8>(~2u);
 }
 
 bool krait_solver::visit_watch(bound_ref trigger, dclause_watch w, bool& remove) {
@@ -21,16 +27,17 @@ bool krait_solver::visit_watch(bound t, dclause_watch w, bool& remove) {
 
 // The watched atom is false: move the watch to an atom that is not, or assert the other one.
 bool krait_solver::move_watch_or_assert(dclause_watch w, bool& remove) {
-  dclause& c = dclause_at(w.dclause);
+  dclause_hot& c = hot[w.dclause];
   const u32 other = c.watch[0] == w.position ? c.watch[1] : c.watch[0];
-  for (u32 q = 0; q < c.atoms.size(); ++q) {
+  for (u32 q = 0; q < c.size; ++q) {
     if (q == c.watch[0] || q == c.watch[1]) continue;
     const bound a = c.atoms[q];
-    bound opposite{a.var, !a.is_lower, false, 0.0};
-    const bm& stacks = vars[a.var].bounds;
-    const bool has = a.is_lower ? stacks.get_upper(opposite.value, opposite.strict)
-                                : stacks.get_lower(opposite.value, opposite.strict);
-    if (has && bounds_conflict(a, opposite)) continue;
+    const var_view& now = tops[a.var];
+    const bool has = a.is_lower ? now.has_upper : now.has_lower;
+    if (has && bounds_conflict(a, a.is_lower ? bound{a.var, false, now.upper_strict, now.upper}
+                                             : bound{a.var, true, now.lower_strict, now.lower})) {
+      continue;
+    }
     (c.watch[0] == w.position ? c.watch[0] : c.watch[1]) = q;
     add_watch(w.dclause, q, a);
     remove = true;
@@ -61,8 +68,7 @@ bool krait_solver::visit_bound(bound_ref trigger) {
       continue;
     }
     const dclause_watch w = watches[i];
-    const dclause& c = dclause_at(w.dclause);
-    if (c.deleted || c.reason_here) {
+    if (hot[w.dclause].passed_over != 0) {  // deleted, or a reason on this level
       ++i;
       continue;
     }

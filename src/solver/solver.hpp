@@ -68,7 +68,6 @@ enum tclause_functor : u32 {
 
 // A disjunction of bound atoms.
 struct dclause {
-  u32 watch[2] = {0, 0};
   std::vector<bound> atoms;
   u32 index = 0;
   bool deleted = false;
@@ -89,16 +88,18 @@ struct trail_level {
   std::vector<u32> reason_dclauses;
 };
 
-// A caller's picture of one variable's current bounds, kept up to date by `assign_bound`.
+// A caller's picture of one variable's current bounds, kept up to date by `assign_bound`. The
+// solver keeps one per variable too, side by side, so that the tests of the watch visits read
+// one small record instead of the variable's stacks.
 struct var_view {
+  double lower = 0.0;
+  double upper = 0.0;
+  u32 lower_id = 0;
+  u32 upper_id = 0;
   bool has_lower = false;
   bool lower_strict = false;
-  double lower = 0.0;
-  u32 lower_id = 0;
   bool has_upper = false;
   bool upper_strict = false;
-  double upper = 0.0;
-  u32 upper_id = 0;
 
   endpoint lo() const { return {lower_strict, lower}; }
   endpoint hi() const { return {upper_strict, upper}; }
@@ -151,6 +152,7 @@ struct krait_solver {
 
   // ---- Variables and bound manager (bounds.cpp) ----
   std::vector<variable> vars;  // slot 0 holds no variable
+  std::vector<var_view> tops;  // the current bounds of each variable: the tops of its stacks
   u64 num_variables = 0;       // number of the most recently defined variable
   u64 num_boolean = 0, num_integer = 0, num_real = 0, num_constant = 0;
   u32 dlevel = 0;
@@ -166,12 +168,14 @@ struct krait_solver {
   bool get_lower_bound(u32 var, bool& strict, double& value) const;
   bool get_upper_bound(u32 var, bool& strict, double& value) const;
   u32 push_bound(u32 var, bool is_lower, bool& strict, double& value, const origin& why);
+  void pop_bound(u32 var, bool is_lower);
+  void resize_vars(std::size_t count);
   bound_ref find_falsifying_bound(bound b) const;
   void backtrack(u32 level);
 
   // Helpers shared by the other concerns.
   bound bound_of(bound_ref r) const;
-  var_view view_of(u32 var) const;
+  var_view view_of(u32 var) const { return tops[var]; }
   trail_level& current_trail() { return trail[dlevel]; }
   void open_decision_level();
 
@@ -179,6 +183,17 @@ struct krait_solver {
   std::vector<dclause> dclause_records;  // slot 0 holds no dclause
   std::vector<u32> dclause_slot;         // dclause index -> slot; 0 for an unused index
   std::deque<u32> free_dclause_indices;
+  // Per dclause index, side by side, what a watch visit needs of a clause: its atoms (the
+  // record's own array, which never moves while the clause lives), the positions of its two
+  // watched atoms, and whether visits pass over it (deleted, or a reason on the current level;
+  // the record holds the same flags).
+  struct dclause_hot {
+    const bound* atoms = nullptr;
+    u32 size = 0;
+    u32 watch[2] = {0, 0};
+    u8 passed_over = 0;
+  };
+  std::vector<dclause_hot> hot;
   u64 num_dclauses = 0;
   u64 num_learned = 0;          // L: learned clauses present
   u64 num_reused = 0;           // R: added by reuse and shifting at a depth change
@@ -230,6 +245,7 @@ struct krait_solver {
   bool propagate();
   void clear_queues();
   void note_reason(u32 dclause_index);
+  void clear_reason(u32 dclause_index);
 
   // ---- Decisions and variable orders (decide.cpp) ----
   double min_split_width = 0.1;

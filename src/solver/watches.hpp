@@ -18,9 +18,11 @@ struct dclause_watch {
 
 // The watches of one variable in one direction (all lower atoms, or all upper ones), in the
 // order a visit walks them. Long lists are the rule once thousands of clauses are learned,
-// and a new bound falsifies few of their atoms: a summary per block of entries (the largest
-// value of a lower list, the smallest of an upper one) lets the walk skip every block in which
-// no atom can be falsified, and still meet the others in list order.
+// and a new bound falsifies few of their atoms: a summary per block of entries lets the walk
+// skip every block in which no atom can be falsified, and still meet the others in list order.
+// A summary is a bound on the block's values (no lower atom above it, no upper atom below it);
+// entries that leave a block never make it wrong, so it is tightened only when a walk has read
+// the whole block anyway.
 class watch_list {
  public:
   explicit watch_list(bool lower_atoms) : lower_(lower_atoms) {}
@@ -45,21 +47,23 @@ class watch_list {
     entries_[i] = entries_.back();
     entries_.pop_back();
     if (entries_.size() % block == 0) summary_.pop_back();
-    if (i < entries_.size()) summarise(i / block);
-    if (!summary_.empty()) summarise(summary_.size() - 1);
+    if (i < entries_.size()) summary_[i / block] = extreme(summary_[i / block], entries_[i].atom.value);
   }
 
   template <typename Predicate>
   void erase_if(Predicate doomed) {
     std::erase_if(entries_, doomed);
-    summary_.resize((entries_.size() + block - 1) / block);
-    for (std::size_t b = 0; b < summary_.size(); ++b) summarise(b);
+    summary_.clear();
+    for (std::size_t i = 0; i < entries_.size(); i += block) summary_.push_back(entries_[i].atom.value);
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+      summary_[i / block] = extreme(summary_[i / block], entries_[i].atom.value);
+    }
   }
 
   // The first index from i on whose atom may be falsified by a bound that reaches `reach`: a
   // lower atom whose value is at least `reach`, an upper atom whose value is at most `reach`
   // (callers widen `reach` so that it covers every atom the bound falsifies); size() if none.
-  std::size_t next_candidate(std::size_t i, double reach) const {
+  std::size_t next_candidate(std::size_t i, double reach) {
     const std::size_t n = entries_.size();
     while (i < n) {
       const std::size_t b = i / block;
@@ -67,10 +71,15 @@ class watch_list {
         i = (b + 1) * block;
         continue;
       }
+      const bool whole = i == b * block;
       const std::size_t stop = std::min(n, (b + 1) * block);
+      double seen = entries_[i].atom.value;
       for (; i < stop; ++i) {
-        if (candidate(entries_[i].atom.value, reach)) return i;
+        const double v = entries_[i].atom.value;
+        if (candidate(v, reach)) return i;
+        seen = extreme(seen, v);
       }
+      if (whole) summary_[b] = seen;
     }
     return n;
   }
@@ -80,12 +89,6 @@ class watch_list {
 
   bool candidate(double value, double reach) const { return lower_ ? value >= reach : value <= reach; }
   double extreme(double a, double b) const { return lower_ ? std::max(a, b) : std::min(a, b); }
-  void summarise(std::size_t b) {
-    const std::size_t stop = std::min(entries_.size(), (b + 1) * block);
-    double s = entries_[b * block].atom.value;
-    for (std::size_t i = b * block + 1; i < stop; ++i) s = extreme(s, entries_[i].atom.value);
-    summary_[b] = s;
-  }
 
   std::vector<dclause_watch> entries_;
   std::vector<double> summary_;

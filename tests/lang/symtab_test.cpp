@@ -16,8 +16,8 @@ TEST(SymbolTable, SolutionEntriesInNameOrder) {
   const auto declare = [&](const char* name, double upper, bool is_int, bool is_static, std::vector<double> ends) {
     auto* r = new hexpr_symobj(name, 0, upper, is_int, is_static, name[0] == '$');
     for (std::size_t i = 0; i < ends.size(); i += 3) {
-      s.vars.emplace_back();
       r->instances.push_back(static_cast<int>(++s.num_variables));
+      s.resize_vars(s.num_variables + 1);
       bool strict[] = {ends[i + 2] != 0, false};
       for (int end : {0, 1})
         if (!std::isnan(ends[i + end])) s.push_bound(s.num_variables, end == 0, strict[end], ends[i + end], origin{});
