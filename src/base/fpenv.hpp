@@ -35,11 +35,17 @@ inline unsigned read() {
 }
 inline void write(unsigned csr) { asm volatile("ldmxcsr %0" : : "m"(csr) : "memory"); }
 
+// The direction in force, as the register holds it.
 inline direction rounding() { return static_cast<direction>(read() & rounding_bits); }
+
+// The direction last set through `set_rounding`, which is the one in force as long as nothing
+// else changes it (nothing in the program does; the register starts at round-to-nearest). A
+// switch to the direction already in force then costs no access at all.
+inline direction last_set = to_nearest;
 inline void set_rounding(direction d) {
-  const unsigned csr = read();
-  const unsigned wanted = (csr & ~rounding_bits) | d;
-  if (wanted != csr) write(wanted);
+  if (d == last_set) return;
+  write((read() & ~rounding_bits) | d);
+  last_set = d;
 }
 
 // The subset of `which` that is raised.

@@ -25,15 +25,17 @@ inline operand_end end_of(std::uint8_t operand, bool lower) {
   return static_cast<operand_end>(2 * operand + (lower ? 0 : 1));
 }
 
+// Left uninitialised until a rule fills it: a derivation is made for every deduction, and
+// clearing its ends would cost more than the rule.
 struct derived_end {
-  std::uint8_t target = 0;  // 0 x, 1 y, 2 z
-  bool is_lower = false;
+  std::uint8_t target;  // 0 x, 1 y, 2 z
+  bool is_lower;
   endpoint end;
   // Computed through overflow, underflow, a division by zero or an invalid operation: it is
   // not trustworthy and must be dropped.
-  bool untrusted = false;
-  std::uint8_t reason_count = 0;
-  operand_end reasons[4] = {};
+  bool untrusted;
+  std::uint8_t reason_count;
+  operand_end reasons[4];
 };
 
 struct derivation {

@@ -1,5 +1,7 @@
 // Conflict analysis: the first unique implication point of the current level, the learned
 // dclause over the collected bounds, and the parts of the formula it depends on.
+#include <algorithm>
+
 #include "base/error.hpp"
 #include "solver/solver.hpp"
 
@@ -20,6 +22,10 @@ bool krait_solver::analyze_conflict() {
   if (depth + 1 > max_dlevel_depth) max_dlevel_depth = depth + 1;
   clear_queues();
   open_count = 0;
+  if (++analysis_stamp == 0) {  // the stamps wrapped: none may look current
+    for (reason_slot& s : reason_slots) s = reason_slot{};
+    analysis_stamp = 1;
+  }
 
   mark_reason(conflict_bound, conflict_origin);
   u8 mask = part_mask_of(conflict_origin);
@@ -55,17 +61,19 @@ bool krait_solver::analyze_conflict() {
   }
 
   if (dlevel == 0) {
-    conflict_lower_set.clear();
-    conflict_upper_set.clear();
+    reason_vars[0].clear();
+    reason_vars[1].clear();
     return false;
   }
-  std::vector<bound> atoms;
-  atoms.reserve(conflict_lower_set.size() + conflict_upper_set.size());
-  for (const auto& [var, b] : conflict_lower_set) atoms.push_back(negate_bound(b));
-  for (const auto& [var, b] : conflict_upper_set) atoms.push_back(negate_bound(b));
-  conflict_lower_set.clear();
-  conflict_upper_set.clear();
-  learn_dclause(atoms, mask);
+  // Lower bounds first, each direction by variable.
+  learned_atoms.clear();
+  for (const int side : {1, 0}) {
+    std::vector<u32>& collected = reason_vars[side];
+    std::sort(collected.begin(), collected.end());
+    for (u32 var : collected) learned_atoms.push_back(negate_bound(reason_slots[var].kept[side]));
+    collected.clear();
+  }
+  learn_dclause(learned_atoms, mask);
   return true;
 }
 
@@ -106,13 +114,18 @@ void krait_solver::mark_antecedent(bound_ref r) {
 }
 
 bool krait_solver::add_reason_bound(bound b, bool keep_weaker) {
-  std::map<u32, bound>& set = b.is_lower ? conflict_lower_set : conflict_upper_set;
-  const auto [it, inserted] = set.try_emplace(b.var, b);
-  if (inserted) return false;
+  reason_slot& slot = reason_slots[b.var];
+  const int side = b.is_lower ? 1 : 0;
+  if (slot.stamp[side] != analysis_stamp) {
+    slot.stamp[side] = analysis_stamp;
+    slot.kept[side] = b;
+    reason_vars[side].push_back(b.var);
+    return false;
+  }
   // b implies the bound kept so far when it contradicts its negation.
-  const bool b_stronger = bounds_conflict(b, negate_bound(it->second));
+  const bool b_stronger = bounds_conflict(b, negate_bound(slot.kept[side]));
   if (b_stronger != keep_weaker) {
-    it->second = b;
+    slot.kept[side] = b;
     return false;
   }
   return true;

@@ -40,6 +40,7 @@ bool krait_solver::get_upper_bound(u32 var, bool& strict, double& value) const {
 void krait_solver::resize_vars(std::size_t count) {
   vars.resize(count);
   tops.resize(count);
+  reason_slots.resize(count);
 }
 
 u32 krait_solver::push_bound(u32 var, bool is_lower, bool& strict, double& value, const origin& why) {

@@ -36,12 +36,9 @@ bool krait_solver::deduce(bound_ref trigger, u32 t) {
     trigger_view.upper_id = trigger.id;
   }
 
-  narrowing_input in;
-  in.functor = tc.functor;
-  in.c = tc.c;
-  in.trigger = own;
-  in.trigger_lower = is_lower;
-  for (int k = 0; k < 3; ++k) in.v[k] = ends_of(views[k], var_of[k] != 0 && vars[var_of[k]].intvar);
+  const narrowing_input in{tc.functor, tc.c, own, is_lower,
+                           {ends_of(views[0], views[0].intvar), ends_of(views[1], views[1].intvar),
+                            ends_of(views[2], views[2].intvar)}};
   // The bounds each end rests on, as they were read: asserting one end does not move them.
   const bound_ref rests_on[6] = {{tc.x, views[0].lower_id}, {tc.x, views[0].upper_id}, {tc.y, views[1].lower_id},
                                  {tc.y, views[1].upper_id}, {tc.z, views[2].lower_id}, {tc.z, views[2].upper_id}};

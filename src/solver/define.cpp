@@ -11,6 +11,7 @@ u32 krait_solver::define_var(bool arith_auxvar, bool intvar, bool has_lower, boo
   resize_vars(num_variables + 1);
   vars[v] = variable{};
   tops[v] = var_view{};
+  tops[v].intvar = intvar;
   variable& var = vars[v];
   var.arith_auxvar = arith_auxvar;
   var.intvar = intvar;

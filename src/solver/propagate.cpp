@@ -33,9 +33,8 @@ bool krait_solver::move_watch_or_assert(dclause_watch w, bool& remove) {
     if (q == c.watch[0] || q == c.watch[1]) continue;
     const bound a = c.atoms[q];
     const var_view& now = tops[a.var];
-    const bool has = a.is_lower ? now.has_upper : now.has_lower;
-    if (has && bounds_conflict(a, a.is_lower ? bound{a.var, false, now.upper_strict, now.upper}
-                                             : bound{a.var, true, now.lower_strict, now.lower})) {
+    if (a.is_lower ? now.has_upper && opposite_bounds_conflict(now.intvar, a, {a.var, false, now.upper_strict, now.upper})
+                   : now.has_lower && opposite_bounds_conflict(now.intvar, a, {a.var, true, now.lower_strict, now.lower})) {
       continue;
     }
     (c.watch[0] == w.position ? c.watch[0] : c.watch[1]) = q;
@@ -57,10 +56,16 @@ bool krait_solver::visit_bound(bound_ref trigger) {
   const bool is_lower = id_is_lower(trigger.id);
   watch_list& watches = is_lower ? vars[trigger.var].dclause_watches_ub : vars[trigger.var].dclause_watches_lb;
   const bound t = bound_of(trigger);
-  const bool intvar = vars[trigger.var].intvar;
-  // How far a falsified atom can lie from the trigger: on a real variable not past it, on an
-  // integer one (both ends rounded inward first) less than two beyond its rounded value.
-  const double reach = !intvar ? t.value : is_lower ? std::ceil(t.value) + 2.0 : std::floor(t.value) - 2.0;
+  const bool intvar = tops[trigger.var].intvar;
+  // How far a falsified atom can lie from the trigger: on a real variable not past it; on an
+  // integer one, whose ends are rounded inward first, less than one beyond the trigger's
+  // rounded value, or two where that value stays strict (x > 3 and x < 5 leave no integer).
+  double reach = t.value;
+  if (intvar) {
+    const double rounded = is_lower ? std::ceil(t.value) : std::floor(t.value);
+    const double gap = t.strict && rounded == t.value ? 2.0 : 1.0;
+    reach = is_lower ? rounded + gap : rounded - gap;
+  }
   for (std::size_t i = watches.next_candidate(0, reach); i < watches.size(); i = watches.next_candidate(i, reach)) {
     // Decided from the watch's copy of its atom: most candidates are left alone too.
     if (!opposite_bounds_conflict(intvar, t, watches[i].atom)) {

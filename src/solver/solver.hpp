@@ -100,6 +100,7 @@ struct var_view {
   bool lower_strict = false;
   bool has_upper = false;
   bool upper_strict = false;
+  bool intvar = false;  // the variable's kind, beside its bounds for the tests that need both
 
   endpoint lo() const { return {lower_strict, lower}; }
   endpoint hi() const { return {upper_strict, upper}; }
@@ -265,8 +266,17 @@ struct krait_solver {
 
   // ---- Conflict analysis, learning and backjumping (analyze.cpp) ----
   u32 open_count = 0;
-  std::map<u32, bound> conflict_lower_set;
-  std::map<u32, bound> conflict_upper_set;
+  // The bounds collected for the learned clause, at most one per variable and direction: a
+  // slot per variable, valid when stamped with the current analysis, and the variables in the
+  // order they were first met (sorted when the clause is made).
+  struct reason_slot {
+    u32 stamp[2] = {0, 0};  // upper, lower
+    bound kept[2];
+  };
+  std::vector<reason_slot> reason_slots;
+  std::vector<u32> reason_vars[2];  // upper, lower
+  std::vector<bound> learned_atoms;
+  u32 analysis_stamp = 0;
   std::set<u32> reusable_dclauses;
   std::vector<u32> pending_templates;
   u64 num_conflicts = 0;

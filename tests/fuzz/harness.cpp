@@ -3,7 +3,6 @@
 #include <sanitizer/allocator_interface.h>
 #include <sanitizer/lsan_interface.h>
 
-#include <cfenv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -15,6 +14,7 @@
 #include <unordered_set>
 
 #include "base/error.hpp"
+#include "base/fpenv.hpp"
 #include "base/random.hpp"
 #include "hexpr/hexpr_nodes.hpp"
 #include "hexpr/preprocess.hpp"
@@ -130,8 +130,8 @@ harness& the_harness() {
 
 // Everything process-wide that a run may change, put back as a fresh process has it.
 void reset_process_state(const startup_state& startup) {
-  std::fesetround(FE_TONEAREST);  // a fatal error may strike under directed rounding
-  std::feclearexcept(FE_ALL_EXCEPT);
+  fpenv::set_rounding(fpenv::to_nearest);  // a fatal error may strike under directed rounding
+  fpenv::clear(fpenv::all_flags);
   random_seed = startup.seed;
   translation_phase = 0;
   krait_hexpr_lineno = 1;
