@@ -1,4 +1,6 @@
 // The single entry point of every new bound.
+#include <cmath>
+
 #include "base/numbers.hpp"
 #include "solver/solver.hpp"
 
@@ -7,11 +9,7 @@ bool krait_solver::assign_bound(u32 var, bool is_lower, bool strict, double valu
   // A bound computed through overflow, underflow, a division by zero or an invalid operation
   // is not trustworthy: drop it silently.
   if (fp_exceptions_raised()) return false;
-  const bool conflict = check_and_push(var, is_lower, strict, value, why, view);
-  // The tests below may overflow themselves (the distance between two huge bounds); that must
-  // not drop the next, unrelated bound.
-  clear_fp_exceptions();
-  return conflict;
+  return check_and_push(var, is_lower, strict, value, why, view);
 }
 
 bool krait_solver::check_and_push(u32 var, bool is_lower, bool strict, double value, const origin& why,
@@ -40,6 +38,10 @@ bool krait_solver::check_and_push(u32 var, bool is_lower, bool strict, double va
     const double d = is_lower ? value - current : current - value;
     const bool accepted = why.kind == KRAIT_ORIGIN_DCLAUSE ? d > 0 : d > min_bound_delta;
     const bool only_tightens_strictness = value == current && strict && !current_strict;
+    // The distance between two huge bounds may overflow, and infinite ones give no distance:
+    // the flags that raises must not drop the next, unrelated bound. A finite distance raised
+    // none of them.
+    if (!std::isfinite(d)) clear_fp_exceptions();
     if (!accepted && !only_tightens_strictness) {
       ++num_ineffective;
       return false;

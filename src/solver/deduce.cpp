@@ -45,14 +45,23 @@ bool krait_solver::deduce(bound_ref trigger, u32 t) {
   derivation out;
   narrow_tclause(in, out);
 
+  // Each end was tested for flags as the rule derived it; only what the rule computed after its
+  // last end can still be raised. As at any assignment, that drops the first end asserted (and
+  // the flags are cleared then); with no end to assert they stay raised.
+  bool taint = fpenv::raised(fpenv::watched) != 0;
   for (int i = 0; i < out.count; ++i) {
     const derived_end& d = out.ends[i];
     if (d.untrusted) continue;  // dropped silently, as a bound computed through trouble
+    if (taint) {
+      taint = false;
+      clear_fp_exceptions();
+      continue;
+    }
     origin why;
     why.kind = KRAIT_ORIGIN_TCLAUSE;
     why.index = t;
     for (int k = 0; k < d.reason_count; ++k) why.antecedents.push_back(rests_on[d.reasons[k]]);
-    if (assign_bound(var_of[d.target], d.is_lower, d.end.strict, d.end.value, why, views[d.target])) return true;
+    if (check_and_push(var_of[d.target], d.is_lower, d.end.strict, d.end.value, why, views[d.target])) return true;
   }
   return false;
 }
