@@ -45,18 +45,11 @@ bool krait_solver::deduce(bound_ref trigger, u32 t) {
   derivation out;
   narrow_tclause(in, out);
 
-  // Each end was tested for flags as the rule derived it; only what the rule computed after its
-  // last end can still be raised. As at any assignment, that drops the first end asserted (and
-  // the flags are cleared then); with no end to assert they stay raised.
-  bool taint = fpenv::raised(fpenv::watched) != 0;
+  // Each end was tested for flags as the rule derived it, and the rule leaves none raised: the
+  // ends go in without the assignment's own test.
   for (int i = 0; i < out.count; ++i) {
     const derived_end& d = out.ends[i];
     if (d.untrusted) continue;  // dropped silently, as a bound computed through trouble
-    if (taint) {
-      taint = false;
-      clear_fp_exceptions();
-      continue;
-    }
     origin why;
     why.kind = KRAIT_ORIGIN_TCLAUSE;
     why.index = t;

@@ -58,12 +58,12 @@ bool krait_solver::visit_bound(bound_ref trigger) {
   const bound t = bound_of(trigger);
   const bool intvar = tops[trigger.var].intvar;
   // How far a falsified atom can lie from the trigger: on a real variable not past it; on an
-  // integer one, whose ends are rounded inward first, less than one beyond the trigger's
-  // rounded value, or two where that value stays strict (x > 3 and x < 5 leave no integer).
+  // integer one, whose ends are rounded inward first, not past the trigger's rounded value, or
+  // one beyond it where that value stays strict (x > 3 falsifies x <= 4 too).
   double reach = t.value;
   if (intvar) {
     const double rounded = is_lower ? std::ceil(t.value) : std::floor(t.value);
-    const double gap = t.strict && rounded == t.value ? 2.0 : 1.0;
+    const double gap = t.strict && rounded == t.value ? 1.0 : 0.0;
     reach = is_lower ? rounded + gap : rounded - gap;
   }
   for (std::size_t i = watches.next_candidate(0, reach); i < watches.size(); i = watches.next_candidate(i, reach)) {
