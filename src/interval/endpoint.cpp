@@ -14,23 +14,23 @@ bool closed_zero(endpoint e) { return !e.strict && e.value == 0.0; }
 
 }  // namespace
 
-endpoint multiply_endpoints(endpoint a, endpoint b) {
+endpoint multiply_endpoints(bool lower, endpoint a, endpoint b) {
   if (closed_zero(a) || closed_zero(b)) return {false, 0.0};
-  return {a.strict || b.strict, rounding::mul(a.value, b.value)};
+  return {a.strict || b.strict, rounding::mul_toward(lower, a.value, b.value)};
 }
 
-endpoint divide_endpoints(endpoint numerator, endpoint denominator) {
+endpoint divide_endpoints(bool lower, endpoint numerator, endpoint denominator) {
   if (closed_zero(denominator)) error("Division by zero in divide_endpoints.");
   if (closed_zero(numerator)) return {false, 0.0};
-  return {numerator.strict || denominator.strict, rounding::div(numerator.value, denominator.value)};
+  return {numerator.strict || denominator.strict, rounding::div_toward(lower, numerator.value, denominator.value)};
 }
 
-endpoint add_endpoints(endpoint a, endpoint b) {
-  return {a.strict || b.strict, rounding::add(a.value, b.value)};
+endpoint add_endpoints(bool lower, endpoint a, endpoint b) {
+  return {a.strict || b.strict, rounding::add_toward(lower, a.value, b.value)};
 }
 
-endpoint subtract_endpoints(endpoint a, endpoint b) {
-  return {a.strict || b.strict, rounding::sub(a.value, b.value)};
+endpoint subtract_endpoints(bool lower, endpoint a, endpoint b) {
+  return {a.strict || b.strict, rounding::sub_toward(lower, a.value, b.value)};
 }
 
 bool lower_weaker(endpoint a, endpoint b) {

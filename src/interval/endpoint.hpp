@@ -8,11 +8,12 @@ struct endpoint {
   double value = 0.0;
 };
 
-// The arithmetic operations compute in the current rounding direction; the caller sets it.
-endpoint multiply_endpoints(endpoint a, endpoint b);
-endpoint divide_endpoints(endpoint numerator, endpoint denominator);
-endpoint add_endpoints(endpoint a, endpoint b);
-endpoint subtract_endpoints(endpoint a, endpoint b);
+// The arithmetic operations, rounded down for a lower end and up for an upper one. They leave
+// the rounding direction upward.
+endpoint multiply_endpoints(bool lower, endpoint a, endpoint b);
+endpoint divide_endpoints(bool lower, endpoint numerator, endpoint denominator);
+endpoint add_endpoints(bool lower, endpoint a, endpoint b);
+endpoint subtract_endpoints(bool lower, endpoint a, endpoint b);
 
 // As lower ends: does `b` exclude more than `a`?
 bool lower_weaker(endpoint a, endpoint b);

@@ -4,15 +4,9 @@
 
 namespace {
 
-endpoint rounded_sum(bool lower, endpoint a, endpoint b) {
-  rounding::toward(lower);
-  return add_endpoints(a, b);
-}
+endpoint rounded_sum(bool lower, endpoint a, endpoint b) { return add_endpoints(lower, a, b); }
 
-endpoint rounded_difference(bool lower, endpoint a, endpoint b) {
-  rounding::toward(lower);
-  return subtract_endpoints(a, b);
-}
+endpoint rounded_difference(bool lower, endpoint a, endpoint b) { return subtract_endpoints(lower, a, b); }
 
 }  // namespace
 
@@ -54,8 +48,8 @@ void narrow_scale(rule& r) {
   const endpoint a = r.trigger();
   // x = c * y: from x, y = x / c; from y, x = c * y. A negative factor flips the direction.
   const bool target_lower = r.lower() == (c >= 0);
-  rounding::toward(target_lower);
-  const double value = r.on_x() ? rounding::div(a.value, c) : rounding::mul(c, a.value);
+  const double value =
+      r.on_x() ? rounding::div_toward(target_lower, a.value, c) : rounding::mul_toward(target_lower, c, a.value);
   // A zero factor makes the product exactly 0, reached whatever y is.
   const bool strict = a.strict && (r.on_x() || c != 0.0);
   r.emit_rounded(r.on_x() ? 1 : 0, target_lower, {strict, value}, {r.trigger_end()});

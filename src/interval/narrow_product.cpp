@@ -4,12 +4,12 @@
 
 namespace {
 
-using corner_op = endpoint (*)(endpoint, endpoint);
+using corner_op = endpoint (*)(bool, endpoint, endpoint);
 
 // The loosest end of the four corner results, computed in the direction of that end.
 endpoint corner_hull(corner_op op, bool lower, const var_ends& a, const var_ends& b) {
-  rounding::toward(lower);
-  const endpoint corners[4] = {op(a.lo, b.lo), op(a.lo, b.hi), op(a.hi, b.lo), op(a.hi, b.hi)};
+  const endpoint corners[4] = {op(lower, a.lo, b.lo), op(lower, a.lo, b.hi), op(lower, a.hi, b.lo),
+                               op(lower, a.hi, b.hi)};
   endpoint lo, hi;
   endpoint_hull(corners, 4, lo, hi);
   return lower ? lo : hi;

@@ -49,4 +49,25 @@ inline double div(double a, double b) {
   return r;
 }
 
+// Both directions without switching between them: under upward rounding, a result rounded
+// down is the negation of the negated operation rounded up (down(a + b) = -up(-a - b), and
+// likewise for the others), bit for bit, flags included, since rounding down a value is
+// rounding up its negation. The rules that derive lower and upper ends in turn use these.
+inline double add_toward(bool lower, double a, double b) {
+  upward();
+  return lower ? -add(-a, -b) : add(a, b);
+}
+inline double sub_toward(bool lower, double a, double b) {
+  upward();
+  return lower ? -add(-a, b) : sub(a, b);
+}
+inline double mul_toward(bool lower, double a, double b) {
+  upward();
+  return lower ? -mul(-a, b) : mul(a, b);
+}
+inline double div_toward(bool lower, double a, double b) {
+  upward();
+  return lower ? -div(-a, b) : div(a, b);
+}
+
 }  // namespace rounding

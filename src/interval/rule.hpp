@@ -1,9 +1,11 @@
 #pragma once
 
+#include <cmath>
 #include <initializer_list>
 
 #include "base/numbers.hpp"
 #include "interval/narrowing.hpp"
+#include "interval/rounding.hpp"
 
 // What every rule works with: its input, and the derivation it fills end by end.
 struct rule {
@@ -34,8 +36,10 @@ struct rule {
     d.reason_count = 0;
     for (operand_end r : reasons) d.reasons[d.reason_count++] = r;
   }
-  // The same, first rounding the end inward to an integer for an integer target.
+  // The same, first rounding the end inward to an integer for an integer target. The step past
+  // a strict integral end is exact below 2^53; beyond, it is rounded in the end's direction.
   void emit_rounded(std::uint8_t target, bool is_lower, endpoint e, std::initializer_list<operand_end> reasons) {
+    if (in.v[target].is_int && e.strict && !(std::fabs(e.value) < 0x1p53)) rounding::toward(is_lower);
     round_endpoint_for_int(in.v[target].is_int, is_lower, e.strict, e.value);
     emit(target, is_lower, e, reasons);
   }

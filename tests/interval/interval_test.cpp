@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <random>
 #include <string>
 #include <vector>
@@ -64,19 +65,42 @@ void expect_encloses(const exact& e, double lower, double upper, double a, doubl
 }
 
 // Both ends of a op b with the mode switched in between, inlined into a loop: unprotected, the
-// optimiser computes the operation once for both ends, or folds it for constant operands.
-template <double (*op)(double, double), int (*exact_op)(mpfr_ptr, mpfr_srcptr, double, mpfr_rnd_t)>
+// optimiser computes the operation once for both ends, or folds it for constant operands. The
+// two ends enclose the exact value; the ends by negation under upward rounding are the same
+// bits (zero signs included) with the same flags.
+template <double (*op)(double, double), double (*toward)(bool, double, double),
+          int (*exact_op)(mpfr_ptr, mpfr_srcptr, double, mpfr_rnd_t)>
 void expect_directed() {
-  static constexpr double a[] = {3.0, 1.0 / 3.0, 1e16 + 2.0, 0.1}, b[] = {0.1, 1e-20, 1.1, 7.0};  // all inexact
+  static constexpr double a[] = {3.0, 1.0 / 3.0, 1e16 + 2.0, 0.1, DBL_MAX, 0.0, -0.0, DBL_MIN, 1.0, 0x1p-1000},
+                          b[] = {0.1, 1e-20, 1.1, 7.0, DBL_MAX, -0.0, 0.0, 0.75, -1.0, 0x1p-60};
   rng_t g(20261122);
   for (int i = 0; i < 20000; ++i) {
-    const double x = i < 4 ? a[i] : random_double(g), y = i < 4 ? b[i] : random_double(g);
-    rounding::downward();
-    const double lower = op(x, y);
-    rounding::upward();
-    const double upper = op(x, y);
+    const double x = i < 10 ? a[i] : random_double(g), y = i < 10 ? b[i] : random_double(g);
+    double by_mode[2], by_negation[2];
+    unsigned flags_by_mode[2], flags_by_negation[2];
+    for (const bool lower : {true, false}) {
+      fpenv::clear(fpenv::all_flags);
+      rounding::toward(lower);
+      by_mode[lower] = op(x, y);
+      flags_by_mode[lower] = fpenv::raised(fpenv::all_flags);
+      fpenv::clear(fpenv::all_flags);
+      rounding::nearest();
+      by_negation[lower] = toward(lower, x, y);
+      flags_by_negation[lower] = fpenv::raised(fpenv::all_flags);
+    }
     rounding::nearest();
-    expect_encloses(exactly_of(x, [y](mpfr_ptr r, mpfr_rnd_t m) { exact_op(r, r, y, m); }), lower, upper, x, y);
+    fpenv::clear(fpenv::all_flags);
+    for (const int k : {0, 1}) {
+      // An invalid operation's NaN may come out with either sign; it is never used.
+      const bool same = std::memcmp(&by_mode[k], &by_negation[k], sizeof(double)) == 0 ||
+                        (std::isnan(by_mode[k]) && std::isnan(by_negation[k]));
+      EXPECT_TRUE(same && flags_by_mode[k] == flags_by_negation[k])
+          << x << " , " << y << (k ? " down" : " up");
+    }
+    if (std::isfinite(by_mode[1]) && std::isfinite(by_mode[0])) {
+      expect_encloses(exactly_of(x, [y](mpfr_ptr r, mpfr_rnd_t m) { exact_op(r, r, y, m); }), by_mode[1], by_mode[0],
+                      x, y);
+    }
   }
 }
 
@@ -257,10 +281,10 @@ void cos_box(rng_t& g, const exact& y, var_ends& b) {
 }  // namespace
 
 TEST(DirectedRounding, ArithmeticStaysBetweenModeSwitchesAndEnclosesTheExactValue) {
-  expect_directed<rounding::add, mpfr_add_d>();
-  expect_directed<rounding::sub, mpfr_sub_d>();
-  expect_directed<rounding::mul, mpfr_mul_d>();
-  expect_directed<rounding::div, mpfr_div_d>();
+  expect_directed<rounding::add, rounding::add_toward, mpfr_add_d>();
+  expect_directed<rounding::sub, rounding::sub_toward, mpfr_sub_d>();
+  expect_directed<rounding::mul, rounding::mul_toward, mpfr_mul_d>();
+  expect_directed<rounding::div, rounding::div_toward, mpfr_div_d>();
 }
 
 TEST(DirectedRounding, LibraryFunctionsPowersAndRootsEncloseTheExactValue) {
@@ -302,21 +326,26 @@ TEST(DirectedRounding, LibraryFunctionsPowersAndRootsEncloseTheExactValue) {
 
 TEST(Endpoint, StrictnessClosedZerosAndIntegerEnds) {
   // A closed zero factor or numerator gives a closed zero whatever the other is; an open one does not.
-  const struct { endpoint (*op)(endpoint, endpoint); endpoint a, b, want; } rows[] = {
+  const struct { endpoint (*op)(bool, endpoint, endpoint); endpoint a, b, want; } rows[] = {
       {multiply_endpoints, C(0), O(7.5), C(0)},   {multiply_endpoints, O(-3), C(-0.0), C(0)},
       {multiply_endpoints, O(0), C(5), O(0)},     {multiply_endpoints, C(2), O(-3), O(-6)},
       {divide_endpoints, C(0), O(-1e-300), C(0)}, {divide_endpoints, O(6), C(3), O(2)},
       {add_endpoints, O(1), C(2), O(3)},          {subtract_endpoints, C(1), C(2), C(-1)}};
   for (const auto& r : rows) {
-    const endpoint got = r.op(r.a, r.b);
-    EXPECT_TRUE(got.strict == r.want.strict && got.value == r.want.value) << r.a.value << " , " << r.b.value;
+    for (const bool lower : {true, false}) {
+      const endpoint got = r.op(lower, r.a, r.b);
+      EXPECT_TRUE(got.strict == r.want.strict && got.value == r.want.value)
+          << r.a.value << " , " << r.b.value;
+    }
   }
   // An open zero denominator is the caller's business; a closed one ends the run.
-  EXPECT_TRUE(std::isinf(divide_endpoints(C(1), O(0)).value));
-  const captured_run run = run_captured([] { divide_endpoints(C(1), C(0)); });
+  EXPECT_TRUE(std::isinf(divide_endpoints(false, C(1), O(0)).value));
+  const captured_run run = run_captured([] { divide_endpoints(true, C(1), C(0)); });
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(run.err, "\nError: Division by zero in divide_endpoints.\n");
-  // An integer variable's end moves inward to an integer and closes; a real one's stays.
+  // An integer variable's end moves inward to an integer and closes; a real one's stays (at
+  // round-to-nearest, 1e300 + 1 is 1e300).
+  rounding::nearest();
   const struct { bool is_int, lower; endpoint e; double want; } ends[] = {
       {true, true, O(3), 4},      {true, false, C(2.7), 2}, {true, false, O(-2.5), -3}, {true, false, O(3), 2},
       {true, true, O(-0.5), 0},   {true, true, O(1e300), 1e300}, {false, true, O(2.7), 2.7}};
