@@ -8,8 +8,14 @@
 
 bool narrow_tclause(const narrowing_input& in, derivation& out) {
   out.count = 0;
-  // Whatever an earlier computation raised must not mark the ends this rule derives.
-  clear_fp_exceptions();
+  // Whatever an earlier computation raised must not mark the ends this rule derives. Sums,
+  // scalings and products compute every end upward, so that direction is set at once.
+  const bool upward_rule = in.functor <= 2;
+  if (upward_rule) {
+    fpenv::set_rounding_and_clear(fpenv::upward, fpenv::watched);
+  } else {
+    clear_fp_exceptions();
+  }
   rule r{in, out};
   switch (in.functor) {
     case 0: narrow_sum(r); break;
@@ -24,8 +30,7 @@ bool narrow_tclause(const narrowing_input& in, derivation& out) {
     case 9: narrow_power(r, false); break;
     default: return false;
   }
-  rounding::nearest();
-  clear_fp_exceptions();
+  fpenv::set_rounding_and_clear(fpenv::to_nearest, fpenv::watched);
   return true;
 }
 
