@@ -19,8 +19,8 @@ struct bound_entry {
 // it, so the tops are the current bounds.
 class bm {
  public:
-  std::uint32_t push_lower(double value, bool strict, const origin& why);
-  std::uint32_t push_upper(double value, bool strict, const origin& why);
+  std::uint32_t push_lower(double value, bool strict, const origin& why) { return push(lower_, true, value, strict, why); }
+  std::uint32_t push_upper(double value, bool strict, const origin& why) { return push(upper_, false, value, strict, why); }
   void pop(bool is_lower) { (is_lower ? lower_ : upper_).pop_back(); }
 
   bool get_lower(double& value, bool& strict) const { return top(lower_, value, strict); }
@@ -28,9 +28,17 @@ class bm {
   std::uint32_t top_lower_id() const { return lower_.empty() ? 0 : lower_.back().id; }
   std::uint32_t top_upper_id() const { return upper_.empty() ? 0 : upper_.back().id; }
 
-  void get_bound_info(std::uint32_t id, bool& is_lower, bool& strict, double& value) const;
-  bound_entry& entry(std::uint32_t id);
-  const bound_entry& entry(std::uint32_t id) const;
+  void get_bound_info(std::uint32_t id, bool& is_lower, bool& strict, double& value) const {
+    const bound_entry& e = entry(id);
+    is_lower = id_is_lower(id);
+    strict = e.strict;
+    value = e.value;
+  }
+  bound_entry& entry(std::uint32_t id) { return const_cast<bound_entry&>(static_cast<const bm&>(*this).entry(id)); }
+  const bound_entry& entry(std::uint32_t id) const {
+    if (id == 0) no_such_entry();
+    return (id_is_lower(id) ? lower_ : upper_)[id_position(id)];
+  }
   origin get_origin(std::uint32_t id) const { return entry(id).reason; }
   std::uint32_t& mark(std::uint32_t id) { return entry(id).mark; }
   std::uint32_t& dlevel(std::uint32_t id) { return entry(id).dlevel; }
@@ -46,11 +54,30 @@ class bm {
   std::uint32_t upper_size() const { return static_cast<std::uint32_t>(upper_.size()); }
 
  private:
-  static bool top(const std::vector<bound_entry>& stack, double& value, bool& strict);
+  [[noreturn]] static void no_such_entry();
+  static bool top(const std::vector<bound_entry>& stack, double& value, bool& strict) {
+    if (stack.empty()) return false;
+    value = stack.back().value;
+    strict = stack.back().strict;
+    return true;
+  }
   static bool at(const std::vector<bound_entry>& stack, std::uint32_t i, bool& strict, double& value,
-                 std::uint32_t& id);
+                 std::uint32_t& id) {
+    if (i >= stack.size()) return false;
+    strict = stack[i].strict;
+    value = stack[i].value;
+    id = stack[i].id;
+    return true;
+  }
   static std::uint32_t push(std::vector<bound_entry>& stack, bool is_lower, double value, bool strict,
-                            const origin& why);
+                            const origin& why) {
+    bound_entry& e = stack.emplace_back();
+    e.value = value;
+    e.strict = strict;
+    e.reason = why;
+    e.id = make_id(static_cast<std::uint32_t>(stack.size() - 1), is_lower);
+    return e.id;
+  }
 
   std::vector<bound_entry> lower_;
   std::vector<bound_entry> upper_;

@@ -72,11 +72,11 @@ bool krait_solver::visit_bound(bound_ref trigger) {
       ++i;
       continue;
     }
-    const dclause_watch w = watches[i];
-    if (hot[w.dclause].passed_over != 0) {  // deleted, or a reason on this level
+    if (hot[watches[i].dclause].passed_over != 0) {  // deleted, or a reason on this level
       ++i;
       continue;
     }
+    const dclause_watch w = watches[i];
     bool remove = false;
     if (move_watch_or_assert(w, remove)) return true;
     if (remove) {

@@ -64,10 +64,28 @@ class watch_list {
   // lower atom whose value is at least `reach`, an upper atom whose value is at most `reach`
   // (callers widen `reach` so that it covers every atom the bound falsifies); size() if none.
   std::size_t next_candidate(std::size_t i, double reach) {
+    return lower_ ? walk<true>(i, reach) : walk<false>(i, reach);
+  }
+
+ private:
+  static constexpr std::size_t block = 32;
+
+  template <bool lower>
+  static bool candidate(double value, double reach) {
+    return lower ? value >= reach : value <= reach;
+  }
+  template <bool lower>
+  static double extreme(double a, double b) {
+    return lower ? std::max(a, b) : std::min(a, b);
+  }
+  double extreme(double a, double b) const { return lower_ ? extreme<true>(a, b) : extreme<false>(a, b); }
+
+  template <bool lower>
+  std::size_t walk(std::size_t i, double reach) {
     const std::size_t n = entries_.size();
     while (i < n) {
       const std::size_t b = i / block;
-      if (!candidate(summary_[b], reach)) {
+      if (!candidate<lower>(summary_[b], reach)) {
         i = (b + 1) * block;
         continue;
       }
@@ -76,19 +94,13 @@ class watch_list {
       double seen = entries_[i].atom.value;
       for (; i < stop; ++i) {
         const double v = entries_[i].atom.value;
-        if (candidate(v, reach)) return i;
-        seen = extreme(seen, v);
+        if (candidate<lower>(v, reach)) return i;
+        seen = extreme<lower>(seen, v);
       }
       if (whole) summary_[b] = seen;
     }
     return n;
   }
-
- private:
-  static constexpr std::size_t block = 32;
-
-  bool candidate(double value, double reach) const { return lower_ ? value >= reach : value <= reach; }
-  double extreme(double a, double b) const { return lower_ ? std::max(a, b) : std::min(a, b); }
 
   std::vector<dclause_watch> entries_;
   std::vector<double> summary_;
