@@ -152,6 +152,6 @@ std::pair<u32, u32> krait_solver::learn_dclause(const std::vector<bound>& atoms,
     // A clause that depends on the target goes with it, so it is not carried further.
     if (part_mask & KRAIT_PART_TARGET) return {i, 1};
   }
-  reusable_dclauses.insert(i);
+  reusable_dclauses.push_back(i);
   return {i, count};
 }

@@ -103,7 +103,7 @@ u32 krait_solver::add_dclause(const std::vector<bound>& atoms, bool learned) {
   if (!learned && current_part != 0) c.part_mask |= static_cast<u8>(2u << (current_part - 1));
   ++num_dclauses;
   if (learned) ++num_learned;
-  if (!context_stack.empty()) context_stack.back().added_dclauses.insert(index);
+  if (!context_stack.empty()) context_stack.back().added_dclauses.push_back(index);
 
   auto watch = [&](u32 first, u32 second) {
     hot[index].watch[0] = first;
@@ -238,7 +238,6 @@ void krait_solver::delete_dclause(u32 index) {
     const bound& a = c.atoms[position];
     (a.is_lower ? vars[a.var].lb_watches_dirty : vars[a.var].ub_watches_dirty) = true;
   }
-  if (!context_stack.empty()) context_stack.back().added_dclauses.erase(index);
   --num_dclauses;
   if (c.learned) {
     --num_learned;

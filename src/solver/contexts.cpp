@@ -40,10 +40,7 @@ void krait_solver::pop_context() {
 
   for (u64 t = f.tclause_last + 1; t < tclauses.size(); ++t) mark_tclause_deleted(static_cast<u32>(t));
   purge_deleted_tclauses();
-  // Taken out of the frame (deleting a clause also erases it from the frame's set).
-  const std::set<u32> added = std::move(f.added_dclauses);
-  f.added_dclauses.clear();
-  for (u32 d : added) delete_dclause(d);
+  for (u32 d : f.added_dclauses) delete_dclause(d);
   purge_deleted_dclauses();
 
   for (u64 v = f.var_count + 1; v < vars.size(); ++v) {

@@ -1,5 +1,7 @@
 // Carrying learned clauses across unwinding depths: reuse of clauses independent of the target,
 // and copies of transition-only clauses at every other step.
+#include <algorithm>
+
 #include "solver/solver.hpp"
 
 namespace {
@@ -12,8 +14,11 @@ bool template_mask(u8 mask) {
 
 std::vector<saved_dclause> krait_solver::collect_reusable() const {
   std::vector<saved_dclause> saved;
-  saved.reserve(reusable_dclauses.size());
-  for (u32 i : reusable_dclauses) saved.push_back({dclause_at(i).atoms, dclause_at(i).part_mask});
+  std::vector<u32> order = reusable_dclauses;
+  std::sort(order.begin(), order.end());
+  order.erase(std::unique(order.begin(), order.end()), order.end());
+  saved.reserve(order.size());
+  for (u32 i : order) saved.push_back({dclause_at(i).atoms, dclause_at(i).part_mask});
   return saved;
 }
 

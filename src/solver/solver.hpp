@@ -137,7 +137,9 @@ struct context_frame {
   u64 var_count = 0;
   u64 tclause_last = 0;
   u64 learned_L = 0, learned_T = 0, learned_C = 0, learned_O = 0;
-  std::set<u32> added_dclauses;
+  // Clauses added since the push. Only popping deletes clauses, so every one is still there
+  // when its frame is popped.
+  std::vector<u32> added_dclauses;
   u32 level0_bounds = 0;
   u32 level0_reasons = 0;
   std::vector<u32> added_sharables;
@@ -277,7 +279,7 @@ struct krait_solver {
   std::vector<u32> reason_vars[2];  // upper, lower
   std::vector<bound> learned_atoms;
   u32 analysis_stamp = 0;
-  std::set<u32> reusable_dclauses;
+  std::vector<u32> reusable_dclauses;  // learned in this search, each once; collected in index order
   std::vector<u32> pending_templates;
   u64 num_conflicts = 0;
   bool shifting = false;

@@ -1,5 +1,6 @@
 // Across unwinding depths: whatever is added after a push, at any decision level and through
 // searches, is gone after the pop; learned clauses are reused and copied along the steps.
+#include <algorithm>
 #include <random>
 #include <regex>
 
@@ -136,11 +137,11 @@ TEST(Shifting, TransitionClausesBecomeTemplatesWithCopiesAtEveryStep) {
   EXPECT_TRUE(u.has(tmpl.copies[0], 0, 1) && u.has(tmpl.copies[1], 2, 3));  // backward first
   const dclause& copy = s.dclause_at(tmpl.copies[0]);
   EXPECT_TRUE(copy.shift_copy && copy.learned && copy.shift_origin == t && copy.part_mask == KRAIT_PART_TRANS);
-  EXPECT_TRUE(tmpl.latest_copy == tmpl.copies[1] && s.reusable_dclauses.count(t) == 1);
+  EXPECT_TRUE(tmpl.latest_copy == tmpl.copies[1] && std::count(s.reusable_dclauses.begin(), s.reusable_dclauses.end(), t) == 1);
   // INIT or TARGET in the mask: no template; TARGET: not carried further either.
   EXPECT_EQ(s.learn_dclause(u.clause(1, 2), KRAIT_PART_TRANS | KRAIT_PART_INIT).second, 1u);
   const auto [target, one] = s.learn_dclause(u.clause(1, 2), KRAIT_PART_TRANS | KRAIT_PART_TARGET);
-  EXPECT_TRUE(one == 1 && s.reusable_dclauses.count(target) == 0);
+  EXPECT_TRUE(one == 1 && std::count(s.reusable_dclauses.begin(), s.reusable_dclauses.end(), target) == 0);
   // A template over the newest step gets no forward copy, its backward ones still.
   const auto [late, late_count] = s.learn_dclause(u.clause(3, 3), KRAIT_PART_TRANS);
   EXPECT_TRUE(late_count == 4 && s.dclause_at(late).latest_copy == 0);
