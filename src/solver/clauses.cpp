@@ -231,7 +231,7 @@ void krait_solver::purge_deleted_tclauses() {
 void krait_solver::delete_dclause(u32 index) {
   dclause& c = dclause_at(index);
   c.deleted = true;
-  hot[index].passed_over |= 1;
+  hot[index].passed_over |= deleted_flag;
   const u32 slot = dclause_slot[index];
   if (lowest_deleted_dclause_slot == 0 || slot < lowest_deleted_dclause_slot) lowest_deleted_dclause_slot = slot;
   for (u32 position : hot[index].watch) {

@@ -6,13 +6,22 @@
 
 void krait_solver::note_reason(u32 dclause_index) {
   dclause_at(dclause_index).reason_here = true;
-  hot[dclause_index].passed_over |= 2;
+  hot[dclause_index].passed_over |= reason_flag;
   current_trail().reason_dclauses.push_back(dclause_index);
 }
 
 void krait_solver::clear_reason(u32 dclause_index) {
   dclause_at(dclause_index).reason_here = false;
-  hot[dclause_index].passed_over &= static_cast<u8>(~2u);
+  dclause_hot& c = hot[dclause_index];
+  c.passed_over &= static_cast<u8>(~2u);
+  if (c.passed_over != skipped_asleep) return;
+  // A walk passed over its watches while it slept: they may have been left out of the summaries
+  // of the blocks where that happened.
+  c.passed_over = 0;
+  for (int k = 0; k < 2; ++k) {
+    const bound a = c.atoms[c.watch[k]];
+    (a.is_lower ? vars[a.var].dclause_watches_lb : vars[a.var].dclause_watches_ub).wake(c.slept_at[k], a.value);
+  }
 }
 
 bool krait_solver::visit_watch(bound_ref trigger, dclause_watch w, bool& remove) {
@@ -66,13 +75,18 @@ bool krait_solver::visit_bound(bound_ref trigger) {
     const double gap = t.strict && rounded == t.value ? 1.0 : 0.0;
     reach = is_lower ? rounded + gap : rounded - gap;
   }
-  for (std::size_t i = watches.next_candidate(0, reach); i < watches.size(); i = watches.next_candidate(i, reach)) {
+  // Passed over (deleted, or a reason on this level): the walk does not stop there.
+  const auto asleep = [this](const dclause_watch& w, std::size_t i) {
+    dclause_hot& c = hot[w.dclause];
+    if ((c.passed_over & (deleted_flag | reason_flag)) == 0) return false;
+    c.passed_over |= skipped_asleep;
+    c.slept_at[c.watch[0] == w.position ? 0 : 1] = static_cast<u32>(i);
+    return true;
+  };
+  for (std::size_t i = watches.next_candidate(0, reach, asleep); i < watches.size();
+       i = watches.next_candidate(i, reach, asleep)) {
     // Decided from the watch's copy of its atom: most candidates are left alone too.
     if (!opposite_bounds_conflict(intvar, t, watches[i].atom)) {
-      ++i;
-      continue;
-    }
-    if (hot[watches[i].dclause].passed_over != 0) {  // deleted, or a reason on this level
       ++i;
       continue;
     }

@@ -194,8 +194,10 @@ struct krait_solver {
     const bound* atoms = nullptr;
     u32 size = 0;
     u32 watch[2] = {0, 0};
-    u8 passed_over = 0;
+    u8 passed_over = 0;  // the flags below
+    u32 slept_at[2] = {0, 0};  // per watch: where a walk last passed it over asleep
   };
+  static constexpr u8 deleted_flag = 1, reason_flag = 2, skipped_asleep = 4;
   std::vector<dclause_hot> hot;
   u64 num_dclauses = 0;
   u64 num_learned = 0;          // L: learned clauses present

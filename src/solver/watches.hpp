@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -20,9 +21,12 @@ struct dclause_watch {
 // order a visit walks them. Long lists are the rule once thousands of clauses are learned,
 // and a new bound falsifies few of their atoms: a summary per block of entries lets the walk
 // skip every block in which no atom can be falsified, and still meet the others in list order.
-// A summary is a bound on the block's values (no lower atom above it, no upper atom below it);
-// entries that leave a block never make it wrong, so it is tightened only when a walk has read
-// the whole block anyway.
+// A summary is a bound on the values of the block's awake entries (no lower atom above it, no
+// upper atom below it); an entry is asleep while its clause is passed over by visits (a reason
+// on the current level, or deleted). Entries that leave a block never make a summary wrong, so
+// it is tightened only when a walk has read the whole block anyway. An entry that wakes loosens
+// the summary of the block where a walk last passed it over (`wake`): had it moved since, the
+// summary of its new block took it in when it arrived.
 class watch_list {
  public:
   explicit watch_list(bool lower_atoms) : lower_(lower_atoms) {}
@@ -63,8 +67,15 @@ class watch_list {
   // The first index from i on whose atom may be falsified by a bound that reaches `reach`: a
   // lower atom whose value is at least `reach`, an upper atom whose value is at most `reach`
   // (callers widen `reach` so that it covers every atom the bound falsifies); size() if none.
-  std::size_t next_candidate(std::size_t i, double reach) {
-    return lower_ ? walk<true>(i, reach) : walk<false>(i, reach);
+  // Asleep entries are passed over, as the visit would pass over their clauses.
+  template <typename Asleep>
+  std::size_t next_candidate(std::size_t i, double reach, const Asleep& asleep) {
+    return lower_ ? walk<true>(i, reach, asleep) : walk<false>(i, reach, asleep);
+  }
+
+  // An entry with this value, last passed over asleep at index i, is awake again.
+  void wake(std::size_t i, double value) {
+    if (i / block < summary_.size()) summary_[i / block] = extreme(summary_[i / block], value);
   }
 
  private:
@@ -80,8 +91,8 @@ class watch_list {
   }
   double extreme(double a, double b) const { return lower_ ? extreme<true>(a, b) : extreme<false>(a, b); }
 
-  template <bool lower>
-  std::size_t walk(std::size_t i, double reach) {
+  template <bool lower, typename Asleep>
+  std::size_t walk(std::size_t i, double reach, const Asleep& asleep) {
     const std::size_t n = entries_.size();
     while (i < n) {
       const std::size_t b = i / block;
@@ -91,10 +102,13 @@ class watch_list {
       }
       const bool whole = i == b * block;
       const std::size_t stop = std::min(n, (b + 1) * block);
-      double seen = entries_[i].atom.value;
+      double seen = lower ? -HUGE_VAL : HUGE_VAL;  // a block of sleepers only is never a candidate
       for (; i < stop; ++i) {
         const double v = entries_[i].atom.value;
-        if (candidate<lower>(v, reach)) return i;
+        if (candidate<lower>(v, reach)) {
+          if (!asleep(entries_[i], i)) return i;
+          continue;
+        }
         seen = extreme<lower>(seen, v);
       }
       if (whole) summary_[b] = seen;
