@@ -13,7 +13,7 @@ void krait_solver::note_reason(u32 dclause_index) {
 void krait_solver::clear_reason(u32 dclause_index) {
   dclause_at(dclause_index).reason_here = false;
   dclause_hot& c = hot[dclause_index];
-  c.passed_over &= static_cast<u8>(~2u);
+  c.passed_over &= static_cast<u8>(~reason_flag);
   if (c.passed_over != skipped_asleep) return;
   // A walk passed over its watches while it slept: they may have been left out of the summaries
   // of the blocks where that happened.

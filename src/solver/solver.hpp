@@ -189,13 +189,13 @@ struct krait_solver {
   // Per dclause index, side by side, what a watch visit needs of a clause: its atoms (the
   // record's own array, which never moves while the clause lives), the positions of its two
   // watched atoms, and whether visits pass over it (deleted, or a reason on the current level;
-  // the record holds the same flags).
+  // the record holds the same flags) and a walk has passed over its watches asleep, and where.
   struct dclause_hot {
     const bound* atoms = nullptr;
     u32 size = 0;
     u32 watch[2] = {0, 0};
-    u8 passed_over = 0;  // the flags below
-    u32 slept_at[2] = {0, 0};  // per watch: where a walk last passed it over asleep
+    u8 passed_over = 0;        // the flags below
+    u32 slept_at[2] = {0, 0};  // per watch: the index where a walk last passed it over asleep
   };
   static constexpr u8 deleted_flag = 1, reason_flag = 2, skipped_asleep = 4;
   std::vector<dclause_hot> hot;
