@@ -1,4 +1,6 @@
 // Definitions, atom and clause status, clauses added under a partial assignment, deletion.
+#include <random>
+
 #include "test_solver.hpp"
 
 using namespace test_solver;
@@ -73,4 +75,52 @@ TEST(Deletion, DeletedDclausesArePurgedAndTheRecordsCompacted) {
   EXPECT_TRUE(s.num_dclauses == 5 && s.num_learned == 0 && s.dclause_slot[a] == 0);
   EXPECT_TRUE(s.dclause_slot[c] == s.dclause_records.size() - 1 && s.dclause_at(c).atoms[0].value == 3);
   EXPECT_TRUE(s.vars[y].dclause_watches_lb.size() == 1 && s.vars[y].dclause_watches_lb[0].dclause == c);
+}
+
+// A watch list's walk meets exactly the entries a plain scan would (candidates that are awake,
+// in list order) through appends, swap removals, sleep and waking, and a purge.
+TEST(WatchList, WalkMeetsWhatAPlainScanMeets) {
+  std::mt19937_64 rng(2026);
+  for (const bool lower_atoms : {true, false}) {
+    watch_list list(lower_atoms);
+    std::vector<dclause_watch> plain;
+    std::vector<bool> asleep_of(1, false);  // by clause index
+    const auto asleep = [&](const dclause_watch& w, std::size_t) { return static_cast<bool>(asleep_of[w.dclause]); };
+    for (int step = 0; step < 20000; ++step) {
+      const int op = static_cast<int>(rng() % 10);
+      if (op < 4 || plain.empty()) {
+        const dclause_watch w{static_cast<u32>(asleep_of.size()), 0, {1, lower_atoms, false, double(rng() % 100)}};
+        asleep_of.push_back(rng() % 4 == 0);
+        list.push_back(w);
+        plain.push_back(w);
+      } else if (op < 6) {
+        const std::size_t i = rng() % plain.size();
+        list.remove_swapping_last(i);
+        plain[i] = plain.back();
+        plain.pop_back();
+      } else if (op < 7) {
+        // A sleeper wakes where a walk last met it; here anywhere, so every block is told.
+        const u32 d = static_cast<u32>(rng() % asleep_of.size());
+        if (asleep_of[d]) {
+          asleep_of[d] = false;
+          for (std::size_t i = 0; i < plain.size(); ++i)
+            if (plain[i].dclause == d) list.wake(i, plain[i].atom.value);
+        }
+      } else if (op < 8 && step % 97 == 0) {
+        const auto doomed = [](const dclause_watch& w) { return w.dclause % 5 == 0; };
+        list.erase_if(doomed);
+        std::erase_if(plain, doomed);
+      } else {
+        const double reach = double(rng() % 100);
+        const std::size_t from = plain.empty() ? 0 : rng() % plain.size();
+        std::size_t want = from;
+        while (want < plain.size() && (asleep_of[plain[want].dclause] ||
+                                       (lower_atoms ? plain[want].atom.value < reach : plain[want].atom.value > reach)))
+          ++want;
+        ASSERT_EQ(list.next_candidate(from, reach, asleep), want) << step;
+      }
+      // Falling asleep happens whenever the visit's clause becomes a reason.
+      if (rng() % 8 == 0) asleep_of[rng() % asleep_of.size()] = true;
+    }
+  }
 }
