@@ -24,13 +24,11 @@ void krait_solver::clear_reason(u32 dclause_index) {
   }
 }
 
+// The contract's single watch visit; `visit_bound` decides the first step from the watch lists
+// in bulk and calls `move_watch_or_assert` itself.
 bool krait_solver::visit_watch(bound_ref trigger, dclause_watch w, bool& remove) {
-  return visit_watch(bound_of(trigger), w, remove);
-}
-
-bool krait_solver::visit_watch(bound t, dclause_watch w, bool& remove) {
   remove = false;
-  if (!bounds_conflict(t, w.atom)) return false;
+  if (!bounds_conflict(bound_of(trigger), w.atom)) return false;
   return move_watch_or_assert(w, remove);
 }
 

@@ -243,7 +243,6 @@ struct krait_solver {
   bool check_and_push(u32 var, bool is_lower, bool strict, double value, const origin& why, var_view& view);
   void enqueue_implication(u32 var, bool is_lower);
   bool visit_watch(bound_ref trigger, dclause_watch watch, bool& remove);
-  bool visit_watch(bound trigger, dclause_watch watch, bool& remove);
   bool move_watch_or_assert(dclause_watch watch, bool& remove);
   void add_watch(u32 dclause_index, u32 position, bound atom);
   bool visit_bound(bound_ref trigger);
