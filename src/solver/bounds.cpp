@@ -108,4 +108,5 @@ void krait_solver::open_decision_level() {
   ++dlevel;
   // Records of abandoned levels are kept empty and reused, so deciding does not allocate.
   if (trail.size() <= dlevel) trail.emplace_back();
+  trail[dlevel].birth = ++level_births;
 }

@@ -28,6 +28,7 @@ void krait_solver::pop_context() {
 
   // Level-0 bounds and reasons added since the push, newest first.
   trail_level& level0 = trail[0];
+  level0.birth = ++level_births;
   while (level0.bounds.size() > f.level0_bounds) {
     const bound_ref r = level0.bounds.back();
     pop_bound(r.var, id_is_lower(r.id));

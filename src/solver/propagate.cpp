@@ -36,19 +36,27 @@ bool krait_solver::visit_watch(bound_ref trigger, dclause_watch w, bool& remove)
 bool krait_solver::move_watch_or_assert(dclause_watch w, bool& remove) {
   dclause_hot& c = hot[w.dclause];
   const u32 other = c.watch[0] == w.position ? c.watch[1] : c.watch[0];
-  for (u32 q = 0; q < c.size; ++q) {
+  // Bounds only tighten while a level lives: atoms found false before still are.
+  const bool prefix_holds = c.false_level <= dlevel && trail[c.false_level].birth == c.false_birth;
+  c.false_level = dlevel;
+  c.false_birth = trail[dlevel].birth;
+  for (u32 q = prefix_holds ? c.false_prefix : 0; q < c.size; ++q) {
     if (q == c.watch[0] || q == c.watch[1]) continue;
     const bound a = c.atoms[q];
     const var_view& now = tops[a.var];
-    if (a.is_lower ? now.has_upper && opposite_bounds_conflict(now.intvar, a, {a.var, false, now.upper_strict, now.upper})
-                   : now.has_lower && opposite_bounds_conflict(now.intvar, a, {a.var, true, now.lower_strict, now.lower})) {
+    // Integer bounds are stored as integers and never strict: the real test is exact for them.
+    if (a.is_lower ? now.has_upper && opposite_bounds_conflict(false, a, {a.var, false, now.upper_strict, now.upper})
+                   : now.has_lower && opposite_bounds_conflict(false, a, {a.var, true, now.lower_strict, now.lower})) {
       continue;
     }
+    // The watch given up is false too: every unwatched atom before q is.
     (c.watch[0] == w.position ? c.watch[0] : c.watch[1]) = q;
+    c.false_prefix = q;
     add_watch(w.dclause, q, a);
     remove = true;
     return false;
   }
+  c.false_prefix = c.size;
 
   // Every other atom is false: the clause asserts its other watched atom.
   const bound o = c.atoms[other];
@@ -63,16 +71,10 @@ bool krait_solver::visit_bound(bound_ref trigger) {
   const bool is_lower = id_is_lower(trigger.id);
   watch_list& watches = is_lower ? vars[trigger.var].dclause_watches_ub : vars[trigger.var].dclause_watches_lb;
   const bound t = bound_of(trigger);
-  const bool intvar = tops[trigger.var].intvar;
-  // How far a falsified atom can lie from the trigger: on a real variable not past it; on an
-  // integer one, whose ends are rounded inward first, not past the trigger's rounded value, or
-  // one beyond it where that value stays strict (x > 3 falsifies x <= 4 too).
-  double reach = t.value;
-  if (intvar) {
-    const double rounded = is_lower ? std::ceil(t.value) : std::floor(t.value);
-    const double gap = t.strict && rounded == t.value ? 1.0 : 0.0;
-    reach = is_lower ? rounded + gap : rounded - gap;
-  }
+  // The bounds of an integer variable are stored rounded inward to integers, never strict
+  // (`push_bound`): the test of a real variable is then exact for them too, and no atom beyond
+  // the trigger's value is falsified.
+  const auto falsified = [t](bound a) { return opposite_bounds_conflict(false, t, a); };
   // Passed over (deleted, or a reason on this level): the walk does not stop there.
   const auto asleep = [this](const dclause_watch& w, std::size_t i) {
     dclause_hot& c = hot[w.dclause];
@@ -81,13 +83,8 @@ bool krait_solver::visit_bound(bound_ref trigger) {
     c.slept_at[c.watch[0] == w.position ? 0 : 1] = static_cast<u32>(i);
     return true;
   };
-  for (std::size_t i = watches.next_candidate(0, reach, asleep); i < watches.size();
-       i = watches.next_candidate(i, reach, asleep)) {
-    // Decided from the watch's copy of its atom: most candidates are left alone too.
-    if (!opposite_bounds_conflict(intvar, t, watches[i].atom)) {
-      ++i;
-      continue;
-    }
+  for (std::size_t i = watches.next_candidate(0, t.value, falsified, asleep); i < watches.size();
+       i = watches.next_candidate(i, t.value, falsified, asleep)) {
     const dclause_watch w = watches[i];
     bool remove = false;
     if (move_watch_or_assert(w, remove)) return true;

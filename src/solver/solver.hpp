@@ -86,6 +86,7 @@ struct dclause {
 struct trail_level {
   std::vector<bound_ref> bounds;
   std::vector<u32> reason_dclauses;
+  u64 birth = 0;  // changes whenever the level is opened anew or loses bounds
 };
 
 // A caller's picture of one variable's current bounds, kept up to date by `assign_bound`. The
@@ -160,6 +161,7 @@ struct krait_solver {
   u64 num_boolean = 0, num_integer = 0, num_real = 0, num_constant = 0;
   u32 dlevel = 0;
   std::vector<trail_level> trail;  // levels 0..dlevel are live; deeper records are spares
+  u64 level_births = 0;
   u32 max_backjump = 0;
 
   bool bounds_conflict(bound a, bound b) const;  // inline below: the hottest test of all
@@ -196,6 +198,12 @@ struct krait_solver {
     u32 watch[2] = {0, 0};
     u8 passed_over = 0;        // the flags below
     u32 slept_at[2] = {0, 0};  // per watch: the index where a walk last passed it over asleep
+    // Every unwatched atom before position false_prefix was false, through bounds of levels up
+    // to false_level, when that level had this birth; while it lives they still are, and the
+    // search for a new watch starts there.
+    u32 false_prefix = 0;
+    u32 false_level = 0;
+    u64 false_birth = 0;
   };
   static constexpr u8 deleted_flag = 1, reason_flag = 2, skipped_asleep = 4;
   std::vector<dclause_hot> hot;

@@ -64,13 +64,13 @@ class watch_list {
     }
   }
 
-  // The first index from i on whose atom may be falsified by a bound that reaches `reach`: a
-  // lower atom whose value is at least `reach`, an upper atom whose value is at most `reach`
-  // (callers widen `reach` so that it covers every atom the bound falsifies); size() if none.
-  // Asleep entries are passed over, as the visit would pass over their clauses.
-  template <typename Asleep>
-  std::size_t next_candidate(std::size_t i, double reach, const Asleep& asleep) {
-    return lower_ ? walk<true>(i, reach, asleep) : walk<false>(i, reach, asleep);
+  // The first index from i on whose atom a bound falsifies, passing over asleep entries as the
+  // visit would pass over their clauses; size() if none. `reach` is where the falsified atoms
+  // end (callers widen it so that it covers every one): a lower atom whose value is at least
+  // `reach`, an upper atom whose value is at most `reach`; `falsified` then decides each.
+  template <typename Falsified, typename Asleep>
+  std::size_t next_candidate(std::size_t i, double reach, const Falsified& falsified, const Asleep& asleep) {
+    return lower_ ? walk<true>(i, reach, falsified, asleep) : walk<false>(i, reach, falsified, asleep);
   }
 
   // An entry with this value, last passed over asleep at index i, is awake again.
@@ -91,8 +91,8 @@ class watch_list {
   }
   double extreme(double a, double b) const { return lower_ ? extreme<true>(a, b) : extreme<false>(a, b); }
 
-  template <bool lower, typename Asleep>
-  std::size_t walk(std::size_t i, double reach, const Asleep& asleep) {
+  template <bool lower, typename Falsified, typename Asleep>
+  std::size_t walk(std::size_t i, double reach, const Falsified& falsified, const Asleep& asleep) {
     const std::size_t n = entries_.size();
     while (i < n) {
       const std::size_t b = i / block;
@@ -104,12 +104,12 @@ class watch_list {
       const std::size_t stop = std::min(n, (b + 1) * block);
       double seen = lower ? -HUGE_VAL : HUGE_VAL;  // a block of sleepers only is never a candidate
       for (; i < stop; ++i) {
-        const double v = entries_[i].atom.value;
-        if (candidate<lower>(v, reach)) {
+        const bound& a = entries_[i].atom;
+        if (candidate<lower>(a.value, reach) && falsified(a)) {
           if (!asleep(entries_[i], i)) return i;
           continue;
         }
-        seen = extreme<lower>(seen, v);
+        seen = extreme<lower>(seen, a.value);
       }
       if (whole) summary_[b] = seen;
     }
