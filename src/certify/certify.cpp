@@ -559,6 +559,7 @@ certificate certify(const formula& f, const std::vector<range>& box) {
     if (eval.run(exact_values(p)) == truth::yes) {
       out.lines.push_back("    verified: the box holds a solution");
       witness_point(f, p, out.lines);
+      for (const mpq_class& v : p) out.witness.push_back({v, v});
       return finish(verdict::verified);
     }
     if (undecided_at_centre < 0) undecided_at_centre = eval.culprit(f.root);
@@ -574,6 +575,7 @@ certificate certify(const formula& f, const std::vector<range>& box) {
     if (where == placement::elsewhere) continue;
     out.lines.push_back(where == placement::in_box ? "    verified: the box holds a solution" : beside_line);
     witness_point(f, p, out.lines);
+    for (const mpq_class& v : p) out.witness.push_back({v, v});
     return finish(where == placement::in_box ? verdict::verified : verdict::verified_beside);
   }
 
@@ -620,6 +622,12 @@ certificate certify(const formula& f, const std::vector<range>& box) {
       out.lines.push_back("        " + f.vars[i].label(f.with_steps) +
                           (at == free.end() ? " = " + exact_text(p[i])
                                             : " in " + proof.solution_box()[static_cast<std::size_t>(at - free.begin())].str(20)));
+    }
+    for (const mpq_class& v : p) out.witness.push_back({v, v});
+    for (std::size_t k = 0; k < free.size(); ++k) {
+      const enclosure& x = proof.solution_box()[k];
+      mpfr_get_q(out.witness[free[k]].lower.get_mpq_t(), x.lower());
+      mpfr_get_q(out.witness[free[k]].upper.get_mpq_t(), x.upper());
     }
     return finish(within_box ? verdict::verified : verdict::verified_beside);
   }

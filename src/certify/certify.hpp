@@ -32,6 +32,9 @@ struct certificate {
   verdict kind = verdict::undecided;
   std::vector<std::string> lines;  // the section's lines after its heading, indented
   double seconds = 0.0;
+  // A verified verdict's witness, by formula variable: an exact value (lower == upper), or the
+  // range an existence proof encloses the solution's coordinate in.
+  std::vector<range> witness;
 };
 
 // The candidate box of the search the solver has just ended: the ranges of the formula's

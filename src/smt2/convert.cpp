@@ -1,0 +1,204 @@
+// Writing the program's inputs as SMT-LIB scripts.
+#include "smt2/convert.hpp"
+
+#include <stdexcept>
+
+#include "certify/formula.hpp"
+#include "hexpr/hexpr_nodes.hpp"
+#include "lang/symtab.hpp"
+
+namespace smt2 {
+namespace {
+
+using certify::op;
+
+std::string symbol(const std::string& name) {
+  for (char c : name)
+    if (!(std::isalnum(static_cast<unsigned char>(c)) || std::string("~!@$%^&*_-+=<>.?/").find(c) != std::string::npos))
+      return "|" + name + "|";
+  if (name.empty() || std::isdigit(static_cast<unsigned char>(name[0]))) return "|" + name + "|";
+  return name;
+}
+
+// A number as a term: a decimal where it has a finite expansion, a quotient otherwise.
+std::string number(const mpq_class& q) {
+  const bool negative = q < 0;
+  const mpq_class a = abs(q);
+  std::string s;
+  if (a.get_den() == 1) {
+    s = a.get_num().get_str();
+  } else {
+    mpz_class d = a.get_den();
+    unsigned long twos = 0, fives = 0;
+    while (mpz_divisible_ui_p(d.get_mpz_t(), 2)) mpz_divexact_ui(d.get_mpz_t(), d.get_mpz_t(), 2), ++twos;
+    while (mpz_divisible_ui_p(d.get_mpz_t(), 5)) mpz_divexact_ui(d.get_mpz_t(), d.get_mpz_t(), 5), ++fives;
+    if (d == 1) {
+      const unsigned long k = std::max(twos, fives);
+      mpz_class scale;
+      mpz_ui_pow_ui(scale.get_mpz_t(), 10, k);
+      const mpz_class digits = a.get_num() * scale / a.get_den();
+      s = digits.get_str();
+      if (s.size() <= k) s.insert(0, k + 1 - s.size(), '0');
+      s.insert(s.size() - k, ".");
+    } else {
+      s = "(/ " + a.get_num().get_str() + " " + a.get_den().get_str() + ")";
+    }
+  }
+  return negative ? "(- " + s + ")" : s;
+}
+
+class writer {
+ public:
+  explicit writer(const certify::formula& f) : f_(f), formula_only_(f.vars.size(), true) {
+    for (const certify::node& n : f.nodes)
+      for (int a : n.args)
+        if (f.nodes[static_cast<std::size_t>(a)].kind == op::variable && n.kind != op::truth)
+          formula_only_[static_cast<std::size_t>(f.nodes[static_cast<std::size_t>(a)].var)] = false;
+  }
+
+  // Integer variables of range 0..1 that only ever stand as formulas are Boolean.
+  bool boolean(std::size_t v) const {
+    const certify::variable& x = f_.vars[v];
+    return x.is_int && x.lower == 0 && x.upper == 1 && formula_only_[v];
+  }
+
+  std::string name(std::size_t v) const { return symbol(f_.vars[v].label(f_.with_steps)); }
+
+  std::string term(int i) {
+    const certify::node& n = f_.nodes[static_cast<std::size_t>(i)];
+    auto arg = [&](std::size_t k) { return term(n.args[k]); };
+    switch (n.kind) {
+      case op::variable: return name(static_cast<std::size_t>(n.var));
+      case op::number: return number(n.value);
+      case op::negate: return "(- " + arg(0) + ")";
+      case op::add: return "(+ " + arg(0) + " " + arg(1) + ")";
+      case op::subtract: return "(- " + arg(0) + " " + arg(1) + ")";
+      case op::multiply: return "(* " + arg(0) + " " + arg(1) + ")";
+      case op::power: return "(^ " + arg(0) + " " + n.exponent.get_str() + ")";
+      case op::exp: return "(exp " + arg(0) + ")";
+      case op::sin: return "(sin " + arg(0) + ")";
+      case op::cos: return "(cos " + arg(0) + ")";
+      case op::abs: return "(abs " + arg(0) + ")";
+      case op::min:
+      case op::max: {
+        const std::string a = arg(0), b = arg(1);
+        return "(ite (" + std::string(n.kind == op::min ? "<=" : ">=") + " " + a + " " + b + ") " + a + " " + b + ")";
+      }
+      case op::root: {
+        // The root is a new constant r: r^n equals the radicand, r >= 0 for an even order; a
+        // relation over an even root holds only where the radicand is not negative.
+        const std::string radicand = arg(0);
+        const std::string r = "root_" + std::to_string(roots_.size() + 1);
+        const bool even = mpz_even_p(n.exponent.get_mpz_t());
+        roots_.push_back(r);
+        definitions_.push_back(even ? "(=> (>= " + radicand + " 0) (and (>= " + r + " 0) (= (^ " + r + " " +
+                                          n.exponent.get_str() + ") " + radicand + ")))"
+                                    : "(= (^ " + r + " " + n.exponent.get_str() + ") " + radicand + ")");
+        if (even) guards_.push_back("(>= " + radicand + " 0)");
+        return r;
+      }
+      default: return formula(i);
+    }
+  }
+
+  std::string formula(int i) {
+    const certify::node& n = f_.nodes[static_cast<std::size_t>(i)];
+    auto arg = [&](std::size_t k) { return formula(n.args[k]); };
+    switch (n.kind) {
+      case op::truth: {
+        const certify::node& t = f_.nodes[static_cast<std::size_t>(n.args[0])];
+        if (t.kind == op::variable && boolean(static_cast<std::size_t>(t.var))) return name(static_cast<std::size_t>(t.var));
+        return relation("(>= " + term(n.args[0]) + " 1)", 0);
+      }
+      case op::negation: return "(not " + arg(0) + ")";
+      case op::conjunction:
+      case op::disjunction: {
+        std::string s = n.kind == op::conjunction ? "(and" : "(or";
+        for (std::size_t k = 0; k < n.args.size(); ++k) s += " " + arg(k);
+        return s + ")";
+      }
+      case op::exclusive_or: return "(xor " + arg(0) + " " + arg(1) + ")";
+      case op::implication: return "(=> " + arg(0) + " " + arg(1) + ")";
+      case op::equal:
+      case op::not_equal:
+      case op::less_equal:
+      case op::less:
+      case op::greater_equal:
+      case op::greater: {
+        const std::size_t guards = guards_.size();
+        const char* name = n.kind == op::equal ? "=" : n.kind == op::not_equal ? "distinct" : n.kind == op::less_equal ? "<="
+                         : n.kind == op::less ? "<" : n.kind == op::greater_equal ? ">=" : ">";
+        const std::string a = term(n.args[0]), b = term(n.args[1]);
+        return relation("(" + std::string(name) + " " + a + " " + b + ")", guards);
+      }
+      default: throw std::invalid_argument("a term where a formula belongs");
+    }
+  }
+
+  std::vector<std::string> roots_, definitions_;
+
+ private:
+  // A relation with the guards of the even roots met inside it since `from`.
+  std::string relation(const std::string& text, std::size_t from) {
+    if (guards_.size() == from) return text;
+    std::string s = "(and";
+    for (std::size_t k = from; k < guards_.size(); ++k) s += " " + guards_[k];
+    guards_.resize(from);
+    return s + " " + text + ")";
+  }
+
+  const certify::formula& f_;
+  std::vector<bool> formula_only_;
+  std::vector<std::string> guards_;
+};
+
+}  // namespace
+
+std::string krait_to_smt2(const hexpr& parsed, int depth, const std::string& source) {
+  const bool system = parsed.get_opname() == HEXPR_PROOF_SPEC;
+  if (!system && depth >= 0) throw std::invalid_argument("--depth applies to transition systems only");
+  if (system && depth < 0) throw std::invalid_argument("a transition system needs --depth K");
+  const certify::formula f =
+      system ? certify::formula::unwound(parsed, static_cast<unsigned>(depth)) : certify::formula::plain(parsed);
+  writer w(f);
+  const std::string body = w.formula(f.root);
+
+  bool integers = false, reals = false, transcendental = false, nonlinear = false;
+  for (const certify::variable& v : f.vars) (v.is_int ? integers : reals) = true;
+  for (const certify::node& n : f.nodes) {
+    if (n.kind == op::exp || n.kind == op::sin || n.kind == op::cos) transcendental = true;
+    if (n.kind == op::multiply || n.kind == op::power || n.kind == op::root) nonlinear = true;
+  }
+  const std::string logic = transcendental ? "QF_NRAT" : std::string("QF_") + (nonlinear ? "N" : "L") +
+                                                             (integers && reals ? "IRA" : integers ? "IA" : "RA");
+  std::string s = "; " + source + (system ? ", unwound to depth " + std::to_string(depth) : "") + ", written by krait-smt2\n";
+  s += "(set-logic " + logic + ")\n";
+
+  // Declared order for a plain formula (it fixes the order of the search's variables), every
+  // declared variable included; instances by first use in an unwinding.
+  std::vector<std::size_t> order;
+  if (!system && !symtab.frames.empty()) {
+    for (const symbol_ref& r : symtab.frames[0])
+      for (std::size_t i = 0; i < f.vars.size(); ++i)
+        if (f.vars[i].name == (*r)->name) order.push_back(i);
+  }
+  if (order.size() != f.vars.size()) {
+    order.clear();
+    for (std::size_t i = 0; i < f.vars.size(); ++i) order.push_back(i);
+  }
+  for (std::size_t i : order) {
+    const certify::variable& v = f.vars[i];
+    const std::string n = w.name(i);
+    s += "(declare-const " + n + " " + (w.boolean(i) ? "Bool" : v.is_int ? "Int" : "Real") + ")\n";
+  }
+  for (const std::string& r : w.roots_) s += "(declare-const " + r + " Real)\n";
+  for (std::size_t i : order) {
+    if (w.boolean(i)) continue;
+    s += "(assert (<= " + number(f.vars[i].lower) + " " + w.name(i) + " " + number(f.vars[i].upper) + "))\n";
+  }
+  for (const std::string& d : w.definitions_) s += "(assert " + d + ")\n";
+  s += "(assert " + body + ")\n(check-sat)\n(exit)\n";
+  return s;
+}
+
+}  // namespace smt2

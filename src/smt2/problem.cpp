@@ -1,0 +1,630 @@
+// From assertions to a problem in the input language.
+#include "smt2/problem.hpp"
+
+#include <charconv>
+#include <cmath>
+#include <map>
+#include <set>
+
+namespace smt2 {
+namespace {
+
+using bound = std::optional<mpq_class>;
+
+// ---- Exact interval arithmetic with infinite ends ----
+
+bound add(const bound& a, const bound& b) { return a && b ? bound(*a + *b) : std::nullopt; }
+
+interval plus(const interval& a, const interval& b) { return {add(a.lo, b.lo), add(a.hi, b.hi)}; }
+interval minus(const interval& a) {
+  return {a.hi ? bound(-*a.hi) : std::nullopt, a.lo ? bound(-*a.lo) : std::nullopt};
+}
+
+// One end of a product of two ends, with the sign rules of infinity (0 times infinity is 0:
+// the product of a zero end and an unbounded one is met only at 0).
+struct end {
+  bool infinite;
+  int sign;  // of an infinite end
+  mpq_class value;
+};
+end end_of(const bound& b, int infinite_sign) { return b ? end{false, 0, *b} : end{true, infinite_sign, 0}; }
+end product(const end& a, const end& b) {
+  const int sa = a.infinite ? a.sign : sgn(a.value), sb = b.infinite ? b.sign : sgn(b.value);
+  if (!a.infinite && !b.infinite) return {false, 0, a.value * b.value};
+  if (sa == 0 || sb == 0) return {false, 0, 0};
+  return {true, sa * sb, 0};
+}
+
+interval times(const interval& a, const interval& b) {
+  const end ends[4] = {product(end_of(a.lo, -1), end_of(b.lo, -1)), product(end_of(a.lo, -1), end_of(b.hi, 1)),
+                       product(end_of(a.hi, 1), end_of(b.lo, -1)), product(end_of(a.hi, 1), end_of(b.hi, 1))};
+  interval r;
+  bool lo_infinite = false, hi_infinite = false;
+  for (const end& e : ends) {
+    if (e.infinite) {
+      (e.sign < 0 ? lo_infinite : hi_infinite) = true;
+      continue;
+    }
+    if (!r.lo || e.value < *r.lo) r.lo = e.value;
+    if (!r.hi || e.value > *r.hi) r.hi = e.value;
+  }
+  if (lo_infinite) r.lo.reset();
+  if (hi_infinite) r.hi.reset();
+  return r;
+}
+
+interval scaled(const interval& a, const mpq_class& c) { return times(a, {c, c}); }
+
+interval hull(const interval& a, const interval& b) {
+  interval r;
+  if (a.lo && b.lo) r.lo = std::min(*a.lo, *b.lo);
+  if (a.hi && b.hi) r.hi = std::max(*a.hi, *b.hi);
+  return r;
+}
+
+// A rational not below (above, if `up` is false) the n-th root of q >= 0.
+mpq_class root_bound(const mpq_class& q, unsigned long n, bool up) {
+  double r = std::pow(q.get_d(), 1.0 / static_cast<double>(n));
+  auto power = [n](const mpq_class& x) {
+    mpq_class p = 1;
+    for (unsigned long i = 0; i < n; ++i) p *= x;
+    return p;
+  };
+  for (int i = 0; i < 64; ++i) {
+    const mpq_class candidate(r);
+    if (up ? power(candidate) >= q : (candidate >= 0 && power(candidate) <= q)) return candidate;
+    r = up ? std::nextafter(r, HUGE_VAL) * (1 + 0x1p-40) : std::nextafter(r, 0.0) * (1 - 0x1p-40);
+  }
+  return up ? q + 1 : mpq_class(0);
+}
+
+mpq_class power_of(const mpq_class& x, unsigned long n) {
+  mpq_class p = 1;
+  for (unsigned long i = 0; i < n; ++i) p *= x;
+  return p;
+}
+
+interval power(const interval& a, unsigned long n) {
+  if (n == 0) return {mpq_class(1), mpq_class(1)};
+  if (n % 2 == 1) return {a.lo ? bound(power_of(*a.lo, n)) : std::nullopt, a.hi ? bound(power_of(*a.hi, n)) : std::nullopt};
+  // Even: the smallest magnitude to the largest.
+  interval r;
+  const bool straddles = !(a.lo && *a.lo > 0) && !(a.hi && *a.hi < 0);
+  r.lo = straddles ? mpq_class(0) : power_of(a.lo && *a.lo > 0 ? *a.lo : -*a.hi, n);
+  if (a.lo && a.hi) r.hi = std::max(power_of(*a.lo, n), power_of(*a.hi, n));
+  return r;
+}
+
+bool is_square(const term& t) {
+  return t.kind == op::multiply && t.args[0]->kind == op::variable && t.args[1]->kind == op::variable &&
+         t.args[0]->var == t.args[1]->var;
+}
+
+// The double next to a rational, on the side asked for, as a rational.
+mpq_class double_toward(const mpq_class& q, bool down) {
+  double d = q.get_d();  // truncated toward zero
+  if (down ? mpq_class(d) > q : mpq_class(d) < q) d = std::nextafter(d, down ? -HUGE_VAL : HUGE_VAL);
+  return mpq_class(d);
+}
+
+// ---- Ranges implied by the top-level assertions ----
+
+class range_finder {
+ public:
+  range_finder(const symbols& table, std::vector<interval>& ranges) : table_(table), ranges_(ranges) {}
+
+  // Narrows the ranges by one relation; true when some range changed.
+  bool relation(const term& r) {
+    changed_ = false;
+    const interval a = forward(*r.args[0]), b = forward(*r.args[1]);
+    switch (r.kind) {
+      case op::less_equal:
+      case op::less:
+        backward(*r.args[0], {std::nullopt, b.hi});
+        backward(*r.args[1], {a.lo, std::nullopt});
+        break;
+      case op::greater_equal:
+      case op::greater:
+        backward(*r.args[0], {b.lo, std::nullopt});
+        backward(*r.args[1], {std::nullopt, a.hi});
+        break;
+      case op::equal:
+        backward(*r.args[0], b);
+        backward(*r.args[1], a);
+        break;
+      default: break;
+    }
+    return changed_;
+  }
+
+  interval forward(const term& t) const {
+    switch (t.kind) {
+      case op::variable: return ranges_[static_cast<std::size_t>(t.var)];
+      case op::number: return {t.value, t.value};
+      case op::add: return plus(forward(*t.args[0]), forward(*t.args[1]));
+      case op::subtract: return plus(forward(*t.args[0]), minus(forward(*t.args[1])));
+      case op::negate: return minus(forward(*t.args[0]));
+      case op::multiply: {
+        const interval a = forward(*t.args[0]);
+        if (is_square(t)) return power(a, 2);
+        return times(a, forward(*t.args[1]));
+      }
+      case op::divide: return scaled(forward(*t.args[0]), 1 / t.args[1]->value);
+      case op::power: return power(forward(*t.args[0]), t.exponent);
+      case op::abs: {
+        const interval a = forward(*t.args[0]);
+        if (a.lo && *a.lo >= 0) return a;
+        if (a.hi && *a.hi <= 0) return minus(a);
+        return {mpq_class(0), hull(a, minus(a)).hi};
+      }
+      case op::sin:
+      case op::cos: return {mpq_class(-1), mpq_class(1)};
+      case op::exp: {
+        const interval a = forward(*t.args[0]);
+        interval r{mpq_class(0), std::nullopt};
+        if (a.hi && a.hi->get_d() < 700) r.hi = mpq_class(std::nextafter(std::exp(a.hi->get_d() + 1e-9), HUGE_VAL) * (1 + 0x1p-30));
+        return r;
+      }
+      case op::ite: return hull(forward(*t.args[1]), forward(*t.args[2]));
+      default: return {};
+    }
+  }
+
+ private:
+  // Narrows what `t` ranges over to `want`.
+  void backward(const term& t, const interval& want) {
+    switch (t.kind) {
+      case op::variable: narrow(t.var, want); break;
+      case op::add: {
+        const interval a = forward(*t.args[0]), b = forward(*t.args[1]);
+        backward(*t.args[0], plus(want, minus(b)));
+        backward(*t.args[1], plus(want, minus(a)));
+        break;
+      }
+      case op::subtract: {
+        const interval a = forward(*t.args[0]), b = forward(*t.args[1]);
+        backward(*t.args[0], plus(want, b));
+        backward(*t.args[1], plus(a, minus(want)));
+        break;
+      }
+      case op::negate: backward(*t.args[0], minus(want)); break;
+      case op::divide: backward(*t.args[0], scaled(want, t.args[1]->value)); break;
+      case op::multiply: {
+        if (is_square(t)) {
+          if (want.hi && *want.hi >= 0) {
+            const mpq_class r = root_bound(*want.hi, 2, true);
+            narrow(t.args[0]->var, {-r, r});
+          }
+          break;
+        }
+        // A constant factor divides out; other products are left alone.
+        for (int k = 0; k < 2; ++k)
+          if (t.args[k]->kind == op::number && t.args[k]->value != 0)
+            backward(*t.args[1 - k], scaled(want, 1 / t.args[k]->value));
+        break;
+      }
+      case op::power: {
+        const unsigned long n = t.exponent;
+        if (n == 1) backward(*t.args[0], want);
+        if (n < 2) break;
+        if (n % 2 == 0) {
+          if (want.hi && *want.hi >= 0) {
+            const mpq_class r = root_bound(*want.hi, n, true);
+            backward(*t.args[0], {-r, r});
+          }
+        } else {
+          interval r;
+          if (want.hi) r.hi = *want.hi >= 0 ? root_bound(*want.hi, n, true) : -root_bound(-*want.hi, n, false);
+          if (want.lo) r.lo = *want.lo >= 0 ? root_bound(*want.lo, n, false) : -root_bound(-*want.lo, n, true);
+          backward(*t.args[0], r);
+        }
+        break;
+      }
+      case op::abs:
+        if (want.hi && *want.hi >= 0) backward(*t.args[0], {-*want.hi, *want.hi});
+        break;
+      default: break;
+    }
+  }
+
+  void narrow(int var, interval want) {
+    interval& r = ranges_[static_cast<std::size_t>(var)];
+    // Ends are kept as doubles, rounded outward, so that repeated narrowing stays cheap.
+    if (want.lo) want.lo = double_toward(*want.lo, true);
+    if (want.hi) want.hi = double_toward(*want.hi, false);
+    if (table_.declared[static_cast<std::size_t>(var)].type == sort::integer) {
+      if (want.lo) want.lo = mpq_class(mpz_class(ceil_of(*want.lo)));
+      if (want.hi) want.hi = mpq_class(mpz_class(-ceil_of(-*want.hi)));
+    }
+    if (want.lo && (!r.lo || *want.lo > *r.lo)) r.lo = want.lo, changed_ = true;
+    if (want.hi && (!r.hi || *want.hi < *r.hi)) r.hi = want.hi, changed_ = true;
+  }
+
+  static mpz_class ceil_of(const mpq_class& q) {
+    mpz_class c;
+    mpz_cdiv_q(c.get_mpz_t(), q.get_num_mpz_t(), q.get_den_mpz_t());
+    return c;
+  }
+
+  const symbols& table_;
+  std::vector<interval>& ranges_;
+  bool changed_ = false;
+};
+
+void conjuncts(const term_ref& t, std::vector<const term*>& out) {
+  if (t->kind == op::conjunction) {
+    for (const term_ref& a : t->args) conjuncts(a, out);
+  } else {
+    out.push_back(t.get());
+  }
+}
+
+bool is_relation(op kind) { return kind >= op::equal && kind <= op::greater; }
+
+// ---- Bounds written as such ----
+
+// One end a relation between a constant and a number puts on the constant.
+struct simple_bound {
+  int var;
+  bool lower, strict;
+  mpq_class value;
+};
+
+std::optional<mpq_class> constant_value(const term& t) {
+  if (t.kind == op::number) return t.value;
+  if (t.kind == op::negate && t.args[0]->kind == op::number) return -t.args[0]->value;
+  return std::nullopt;
+}
+
+// The ends a relation x ~ c or c ~ x puts on x; false for any other relation.
+bool bounds_of(const term& r, std::vector<simple_bound>& out) {
+  if (!is_relation(r.kind)) return false;
+  const bool var_left = r.args[0]->kind == op::variable;
+  const term& v = *r.args[var_left ? 0 : 1];
+  const std::optional<mpq_class> c = constant_value(*r.args[var_left ? 1 : 0]);
+  if (v.kind != op::variable || !c) return false;
+  // Read as x ~ c.
+  op kind = r.kind;
+  if (!var_left) kind = kind == op::less ? op::greater : kind == op::less_equal ? op::greater_equal
+                      : kind == op::greater ? op::less : kind == op::greater_equal ? op::less_equal : kind;
+  const bool strict = kind == op::less || kind == op::greater;
+  if (kind != op::less && kind != op::less_equal) out.push_back({v.var, true, strict, *c});
+  if (kind != op::greater && kind != op::greater_equal) out.push_back({v.var, false, strict, *c});
+  return true;
+}
+
+// Whether an assertion is made of bounds alone (a conjunction of them), and which.
+bool bounds_only(const term& t, std::vector<simple_bound>& out) {
+  if (t.kind == op::conjunction) return bounds_only(*t.args[0], out) && bounds_only(*t.args[1], out);
+  return bounds_of(t, out);
+}
+
+// ---- Writing the problem ----
+
+const std::set<std::string> reserved = {
+    "DECL", "EXPR", "INIT", "TRANS", "TARGET", "boole", "float", "int", "inf", "not", "and", "nand", "or",
+    "nor", "xor", "nxor", "impl", "div", "if", "then", "else", "fi", "static", "true", "false", "define",
+    "abs", "exp", "sin", "cos", "min", "max", "pow", "nrt"};
+
+bool plain_name(const std::string& s) {
+  if (s.empty() || !(std::isalpha(static_cast<unsigned char>(s[0])) || s[0] == '_')) return false;
+  for (char c : s)
+    if (!(std::isalnum(static_cast<unsigned char>(c)) || c == '_')) return false;
+  return reserved.count(s) == 0;
+}
+
+// A rational a double holds exactly, as an exact decimal; nothing otherwise.
+std::optional<std::string> exact_double_text(const mpq_class& q) {
+  if (mpq_class(q.get_d()) != q) return std::nullopt;
+  return exact_decimal(q.get_d());
+}
+
+// A declared end: on the outer side of `q` both as written and as the double it reads as.
+std::string range_end(const mpq_class& q, bool lower) {
+  char buffer[64];
+  auto shortest = [&](double d) { return std::string(buffer, std::to_chars(buffer, buffer + sizeof buffer, d).ptr); };
+  // A double with a short exact expansion is written exactly.
+  if (mpq_class(q.get_d()) == q) {
+    const std::string exact = exact_decimal(q.get_d());
+    if (exact.size() <= 24) return exact;
+  }
+  // One double beyond the outward rounding: its shortest text lies within half a step of it.
+  return shortest(std::nextafter(double_toward(q, lower).get_d(), lower ? -HUGE_VAL : HUGE_VAL));
+}
+
+std::string integer_end(const mpq_class& q, bool lower) {
+  if (abs(q) < mpq_class(0x1p53)) return q.get_str();
+  return exact_decimal(double_toward(q, lower).get_d());
+}
+
+class writer {
+ public:
+  writer(const symbols& table, std::vector<interval>& ranges, std::vector<std::string>& names)
+      : names_(names), finder_(table, ranges) {
+    for (const std::string& n : names) used_.insert(n);
+  }
+
+  std::string formula(const term& t) {
+    switch (t.kind) {
+      case op::variable: return names_[static_cast<std::size_t>(t.var)];
+      case op::truth: return t.value != 0 ? "true" : "false";
+      case op::negation: return "(not " + formula(*t.args[0]) + ")";
+      case op::conjunction: return binary(t, " and ", true);
+      case op::disjunction: return binary(t, " or ", true);
+      case op::exclusive_or: return binary(t, " xor ", true);
+      case op::implication: return binary(t, " -> ", true);
+      case op::equivalence: return binary(t, " <-> ", true);
+      case op::ite: {
+        const std::string c = formula(*t.args[0]);
+        return "((" + c + " and " + formula(*t.args[1]) + ") or ((not " + c + ") and " + formula(*t.args[2]) + "))";
+      }
+      case op::equal: return binary(t, " = ", false);
+      case op::less_equal: return binary(t, " <= ", false);
+      case op::less: return binary(t, " < ", false);
+      case op::greater_equal: return binary(t, " >= ", false);
+      case op::greater: return binary(t, " > ", false);
+      case op::not_equal: return binary(t, " != ", false);
+      default: throw std::runtime_error("a term where a formula belongs");
+    }
+  }
+
+  std::string arith(const term& t) {
+    switch (t.kind) {
+      case op::variable: return names_[static_cast<std::size_t>(t.var)];
+      case op::number: return number(t.value);
+      case op::add: return "(" + arith(*t.args[0]) + " + " + arith(*t.args[1]) + ")";
+      case op::subtract: return "(" + arith(*t.args[0]) + " - " + arith(*t.args[1]) + ")";
+      case op::negate: return "(-" + arith(*t.args[0]) + ")";
+      case op::multiply: return "(" + arith(*t.args[0]) + " * " + arith(*t.args[1]) + ")";
+      case op::abs: return "abs(" + arith(*t.args[0]) + ")";
+      case op::exp: return "exp(" + arith(*t.args[0]) + ")";
+      case op::sin: return "sin(" + arith(*t.args[0]) + ")";
+      case op::cos: return "cos(" + arith(*t.args[0]) + ")";
+      case op::power:
+        if (t.exponent == 0) return "1";
+        if (t.exponent == 1) return arith(*t.args[0]);
+        return "(" + arith(*t.args[0]) + " ^ " + std::to_string(t.exponent) + ")";
+      case op::divide: return quotient(t);
+      case op::ite: return choice(t);
+      default: throw std::runtime_error("a formula where a term belongs");
+    }
+  }
+
+  std::vector<std::string> declarations, definitions;
+
+ private:
+  std::string binary(const term& t, const char* connective, bool boolean) {
+    const std::string a = boolean ? formula(*t.args[0]) : arith(*t.args[0]);
+    const std::string b = boolean ? formula(*t.args[1]) : arith(*t.args[1]);
+    return "(" + a + connective + b + ")";
+  }
+
+  std::string fresh(const char* stem) {
+    for (;;) {
+      const std::string name = std::string(stem) + std::to_string(++counter_);
+      if (used_.insert(name).second) return name;
+    }
+  }
+
+  void declare(const std::string& name, const interval& range) {
+    if (!range.lo || !range.hi) throw std::runtime_error("no finite range for the helper variable " + name);
+    declarations.push_back("float [" + range_end(*range.lo, true) + ", " + range_end(*range.hi, false) + "] " + name);
+  }
+
+  // Integers up to 2^53 and dyadic rationals a double holds are written as they are; any
+  // other number becomes a variable that an equation over such integers pins to it, so that
+  // the search encloses it instead of rounding it.
+  std::string number(const mpq_class& q) {
+    const bool negative = q < 0;
+    const mpq_class magnitude = abs(q);
+    std::string text;
+    if (const auto exact = exact_double_text(magnitude)) {
+      text = *exact;
+    } else {
+      const auto known = constants_.find(magnitude);
+      if (known != constants_.end()) {
+        text = known->second;
+      } else {
+        const mpz_class& n = magnitude.get_num();
+        const mpz_class& d = magnitude.get_den();
+        if (!exact_double_text(n) || !exact_double_text(d)) throw std::runtime_error("the number " + q.get_str() + " is too large");
+        text = fresh("c_");
+        declare(text, {double_toward(magnitude, true), double_toward(magnitude, false)});
+        definitions.push_back("(" + *exact_double_text(d) + " * " + text + ") = " + *exact_double_text(n));
+        constants_.emplace(magnitude, text);
+      }
+    }
+    return negative ? "(-" + text + ")" : text;
+  }
+
+  std::string quotient(const term& t) {
+    if (const auto known = helpers_.find(&t); known != helpers_.end()) return known->second;
+    const mpq_class inverse = 1 / t.args[1]->value;
+    if (exact_double_text(abs(inverse))) return "(" + arith(*t.args[0]) + " * " + number(inverse) + ")";
+    // a / (n/d) = q exactly when n * q = d * a.
+    const std::string q = fresh("q_");
+    declare(q, finder_.forward(t));
+    const mpq_class& c = t.args[1]->value;
+    definitions.push_back("(" + number(c.get_num()) + " * " + q + ") = (" + number(c.get_den()) + " * " + arith(*t.args[0]) + ")");
+    helpers_.emplace(&t, q);
+    return q;
+  }
+
+  std::string choice(const term& t) {
+    if (const auto known = helpers_.find(&t); known != helpers_.end()) return known->second;
+    const std::string v = fresh("ite_");
+    helpers_.emplace(&t, v);
+    declare(v, finder_.forward(t));
+    const std::string c = formula(*t.args[0]);
+    definitions.push_back("(" + c + " -> (" + v + " = " + arith(*t.args[1]) + ")) and ((not " + c + ") -> (" + v + " = " +
+                          arith(*t.args[2]) + "))");
+    return v;
+  }
+
+  std::vector<std::string>& names_;
+  range_finder finder_;
+  std::set<std::string> used_;
+  std::map<mpq_class, std::string> constants_;
+  std::map<const term*, std::string> helpers_;  // a shared subterm gets one variable
+  int counter_ = 0;
+};
+
+}  // namespace
+
+std::string exact_decimal(double d) {
+  mpq_class q(d);
+  const bool negative = q < 0;
+  q = abs(q);
+  // A dyadic denominator 2^k: times 5^k it becomes 10^k.
+  const std::size_t k = mpz_sizeinbase(q.get_den_mpz_t(), 2) - 1;
+  mpz_class five, ten;
+  mpz_ui_pow_ui(five.get_mpz_t(), 5, k);
+  mpz_ui_pow_ui(ten.get_mpz_t(), 10, k);
+  const mpz_class scaled = q.get_num() * five;
+  std::string digits = scaled.get_str();
+  if (k > 0) {
+    if (digits.size() <= k) digits.insert(0, k + 1 - digits.size(), '0');
+    digits.insert(digits.size() - k, ".");
+    while (digits.back() == '0') digits.pop_back();
+    if (digits.back() == '.') digits.pop_back();
+  }
+  return (negative ? "-" : "") + digits;
+}
+
+std::vector<interval> implied_ranges(const std::vector<term_ref>& assertions, const symbols& table) {
+  std::vector<interval> ranges(table.declared.size());
+  std::vector<const term*> relations;
+  for (const term_ref& a : assertions) conjuncts(a, relations);
+  std::erase_if(relations, [](const term* t) { return !is_relation(t->kind); });
+  range_finder finder(table, ranges);
+  // Chains settle within a few rounds; the limit keeps a slowly converging cycle short.
+  for (int round = 0; round < 32; ++round) {
+    bool changed = false;
+    for (const term* r : relations) changed = finder.relation(*r) || changed;
+    if (!changed) break;
+  }
+  return ranges;
+}
+
+// Names: the script's own where the language allows them, otherwise a readable variant.
+void name_constants(const symbols& table, problem& out) {
+  std::set<std::string> taken;
+  for (int i : out.declared) {
+    const std::string& name = table.declared[static_cast<std::size_t>(i)].name;
+    std::string base = name;
+    for (char& c : base)
+      if (!(std::isalnum(static_cast<unsigned char>(c)) || c == '_')) c = '_';
+    if (!plain_name(base) || base.starts_with("c_") || base.starts_with("q_") || base.starts_with("ite_")) base = "s_" + base;
+    std::string unique = base;
+    for (int k = 2; !taken.insert(unique).second; ++k) unique = base + "_" + std::to_string(k);
+    out.names[static_cast<std::size_t>(i)] = unique;
+  }
+}
+
+// The declared end a written range gets, exactly as the text says it when `exact`.
+struct declared_end {
+  std::string text;
+  bool exact;
+};
+
+declared_end write_end(const mpq_class& q, bool lower, sort type) {
+  if (type == sort::integer) return {integer_end(q, lower), abs(q) < mpq_class(0x1p53)};
+  const std::string text = range_end(q, lower);
+  return {text, mpq_class(q.get_d()) == q && text == exact_decimal(q.get_d())};
+}
+
+problem build_problem(const std::vector<term_ref>& assertions, const symbols& table,
+                      const std::optional<interval>& default_range, const std::string& source) {
+  problem out;
+  for (const auto& [name, index] : table.constants) out.declared.push_back(index);
+  std::sort(out.declared.begin(), out.declared.end());
+
+  // Ranges as the script writes them: the assertions made of bounds alone. Ends they leave
+  // open come from all relations, as far as sound narrowing reaches.
+  std::vector<interval> ranges(table.declared.size());
+  std::vector<std::vector<simple_bound>> written(assertions.size());
+  std::vector<bool> pure(assertions.size(), false);
+  for (std::size_t a = 0; a < assertions.size(); ++a) {
+    pure[a] = bounds_only(*assertions[a], written[a]);
+    if (!pure[a]) continue;
+    for (const simple_bound& b : written[a]) {
+      std::optional<mpq_class>& end = b.lower ? ranges[static_cast<std::size_t>(b.var)].lo : ranges[static_cast<std::size_t>(b.var)].hi;
+      if (!end || (b.lower ? b.value > *end : b.value < *end)) end = b.value;
+    }
+  }
+  const std::vector<interval> implied = implied_ranges(assertions, table);
+  std::vector<bool> mentioned(table.declared.size(), false);
+  auto mark = [&](auto&& self, const term& t) -> void {
+    if (t.kind == op::variable) mentioned[static_cast<std::size_t>(t.var)] = true;
+    for (const term_ref& a : t.args) self(self, *a);
+  };
+  for (const term_ref& a : assertions) mark(mark, *a);
+
+  std::vector<declared_end> lows(table.declared.size()), highs(table.declared.size());
+  for (int i : out.declared) {
+    const declaration& d = table.declared[static_cast<std::size_t>(i)];
+    interval& r = ranges[static_cast<std::size_t>(i)];
+    if (d.type == sort::boolean) continue;
+    if (!mentioned[static_cast<std::size_t>(i)]) r = {mpq_class(0), mpq_class(0)};
+    if (!r.lo) r.lo = implied[static_cast<std::size_t>(i)].lo;
+    if (!r.hi) r.hi = implied[static_cast<std::size_t>(i)].hi;
+    if (default_range) {
+      if (!r.lo) r.lo = default_range->lo;
+      if (!r.hi) r.hi = default_range->hi;
+    }
+    if (!r.lo || !r.hi) {
+      const std::string side = !r.lo && !r.hi ? "a lower and an upper" : !r.lo ? "a lower" : "an upper";
+      throw missing_range("no finite range for " + d.name + ": add " + side + " bound, such as (assert (<= -100 " +
+                          d.name + " 100)), or give --default-range LO HI");
+    }
+    if (d.type == sort::integer) {
+      mpz_class lo, hi;
+      mpz_cdiv_q(lo.get_mpz_t(), r.lo->get_num_mpz_t(), r.lo->get_den_mpz_t());
+      mpz_fdiv_q(hi.get_mpz_t(), r.hi->get_num_mpz_t(), r.hi->get_den_mpz_t());
+      r = {mpq_class(lo), mpq_class(hi)};
+    }
+    if (*r.lo > *r.hi) r.hi = r.lo;  // contradictory bounds: any range will do, the search finds them
+    lows[static_cast<std::size_t>(i)] = write_end(*r.lo, true, d.type);
+    highs[static_cast<std::size_t>(i)] = write_end(*r.hi, false, d.type);
+  }
+
+  // An assertion of bounds that the declared ranges imply exactly says nothing more.
+  auto implied_by_range = [&](const simple_bound& b) {
+    const std::size_t v = static_cast<std::size_t>(b.var);
+    const declared_end& e = b.lower ? lows[v] : highs[v];
+    const mpq_class& end = b.lower ? *ranges[v].lo : *ranges[v].hi;
+    if (!e.exact) return false;
+    return b.lower ? (b.strict ? end > b.value : end >= b.value) : (b.strict ? end < b.value : end <= b.value);
+  };
+
+  out.names.assign(table.declared.size(), "");
+  name_constants(table, out);
+  writer w(table, ranges, out.names);
+  std::vector<std::string> body;
+  for (std::size_t a = 0; a < assertions.size(); ++a) {
+    if (pure[a] && std::all_of(written[a].begin(), written[a].end(), implied_by_range)) continue;
+    body.push_back(w.formula(*assertions[a]));
+  }
+
+  std::string text = "-- " + source + ", as krait-smt2 reads it\nDECL\n";
+  for (int i : out.declared) {
+    const declaration& d = table.declared[static_cast<std::size_t>(i)];
+    const std::string& name = out.names[static_cast<std::size_t>(i)];
+    if (d.type == sort::boolean) {
+      text += "  boole " + name + ";\n";
+    } else {
+      text += std::string("  ") + (d.type == sort::integer ? "int" : "float") + " [" + lows[static_cast<std::size_t>(i)].text +
+              ", " + highs[static_cast<std::size_t>(i)].text + "] " + name + ";\n";
+    }
+  }
+  for (const std::string& d : w.declarations) text += "  " + d + ";\n";
+  if (out.declared.empty() && w.declarations.empty()) text += "  boole unused_;\n";
+  text += "EXPR\n";
+  for (const std::string& d : w.definitions) text += "  " + d + ";\n";
+  for (const std::string& b : body) text += "  " + b + ";\n";
+  if (body.empty() && w.definitions.empty()) text += "  true;\n";
+  out.text = text;
+  return out;
+}
+
+}  // namespace smt2
