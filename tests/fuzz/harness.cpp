@@ -6,9 +6,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ext/stdio_sync_filebuf.h>
 #include <iostream>
 #include <memory>
-#include <streambuf>
 #include <unordered_set>
 
 #include "base/error.hpp"
@@ -36,18 +36,6 @@ std::uint64_t digest = 0;
 void absorb(const void* bytes, std::size_t size) {
   for (std::size_t i = 0; i < size; ++i) digest = (digest ^ static_cast<const unsigned char*>(bytes)[i]) * 1099511628211ull;
 }
-
-struct digest_buffer : std::streambuf {
-  int_type overflow(int_type c) override {
-    const char byte = traits_type::to_char_type(c);
-    if (c != traits_type::eof()) absorb(&byte, 1);
-    return traits_type::not_eof(c);
-  }
-  std::streamsize xsputn(const char* s, std::streamsize n) override {
-    absorb(s, static_cast<std::size_t>(n));
-    return n;
-  }
-};
 
 // Allocations made during a run, so that those a fatal error strands can be exempted from leak
 // detection (the program's fatal path ends the process and frees nothing on its way out). Only
@@ -77,11 +65,12 @@ bool set_to_one(const char* variable) {
 struct harness {
   const std::int32_t seed = random_seed;  // the state a fresh process starts with
   std::ios format{nullptr};
-  digest_buffer report_sink;
+  // Standard output, standard error and the report all write into the digest, unbuffered.
   std::FILE* sink = fopencookie(nullptr, "w", {nullptr, [](void*, const char* bytes, std::size_t size) -> ssize_t {
                                                  absorb(bytes, size);
                                                  return static_cast<ssize_t>(size);
                                                }, nullptr, nullptr});
+  __gnu_cxx::stdio_sync_filebuf<char> report_sink{sink};
   const bool verbose = set_to_one("KRAIT_FUZZ_VERBOSE");
   const bool twice = set_to_one("KRAIT_FUZZ_TWICE");
 
