@@ -28,9 +28,11 @@ from pathlib import Path
 
 import mpmath
 
-mpmath.mp.dps = 50
-
 ROOT = Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / 'tests' / 'differential'))
+import smt  # noqa: E402  (the differential suite's bridge to z3; it sets mpmath's precision, so before ours)
+
+mpmath.mp.dps = 50
 FAMILIES = ['polynomial', 'transcendental', 'integer', 'bmc']
 DEFAULT_BMC_OPTIONS = ['--max_depth', '10']
 RUN_SECONDS = 60
@@ -82,11 +84,15 @@ class Variable:
     def is_int(self):
         return self.kind != 'float'
 
+    def bounds(self):
+        return self.lower, self.upper
+
 
 class Problem:
     """The declarations and the sections of an input; formulae are tuples:
     ('num', q) ('var', name, primed) ('neg', a) ('+'|'-'|'*'|'min'|'max', a, b) ('abs'|'exp'|'sin'|'cos', a)
-    ('pow'|'nrt', a, n) ('rel', op, a, b) ('not', f) ('and'|'or'|'xor'|'->', f, g)."""
+    ('^'|'nrt', a, n) ('rel', op, a, b) ('not', '!', f) ('and'|'or'|'xor'|'->', f, g), the trees of
+    the differential suite (tests/differential/lang.py) with constants as their exact values."""
 
     def __init__(self, text):
         self.toks, self.i = tokens(text), 0
@@ -106,6 +112,13 @@ class Problem:
             self.expect('id', 'TARGET')
             self.sections = [init, trans, self.expr_list(None)]
         self.bmc = len(self.sections) == 3
+        if self.bmc:  # as the differential suite's cases hold them
+            self.init, self.trans, self.target = ([s] for s in self.sections)
+        else:
+            self.expr = self.sections[:1]
+
+    def var(self, name):
+        return self.vars[name]
 
     # -- tokens
     def at(self, kind, value=None):
@@ -188,15 +201,15 @@ class Problem:
 
     def binary(self, op, a, b):
         if op == '^':
-            return ('pow', a, self.exponent(b))
+            return ('^', a, self.exponent(b))
         if op in RELATIONS:
             return ('rel', op, a, b)
         if op == 'nand':
-            return ('not', ('and', a, b))
+            return ('not', '!', ('and', a, b))
         if op == 'nor':
-            return ('not', ('or', a, b))
+            return ('not', '!', ('or', a, b))
         if op == '<->':
-            return ('not', ('xor', a, b))
+            return ('not', '!', ('xor', a, b))
         return (op, a, b)
 
     @staticmethod
@@ -208,7 +221,7 @@ class Problem:
     def prefix(self):
         if self.at('op', '!'):
             self.i += 1
-            return ('not', self.prefix())  # not binds tighter than every binary operator
+            return ('not', '!', self.prefix())  # not binds tighter than every binary operator
         if self.at('op', '-') or self.at('op', '+'):
             minus = self.expect('op') == '-'
             a = self.expr(POW_PREC)  # only ^ binds tighter than a sign
@@ -236,7 +249,7 @@ class Problem:
             if len(args) != FUNCTIONS[name]:
                 raise InputError(f'{name} takes {FUNCTIONS[name]} arguments')
             if name in ('pow', 'nrt'):
-                return (name, args[0], self.exponent(args[1]))
+                return ('^' if name == 'pow' else name, args[0], self.exponent(args[1]))
             return (name, *args)
         if name in self.consts:
             return ('num', self.consts[name])
@@ -308,9 +321,9 @@ class Evaluator:
         a = self.term(t[1], step)
         if op == 'neg':
             return -a
-        if op in ('pow', 'nrt'):
+        if op in ('^', 'nrt'):
             n = t[2]
-            if op == 'pow':
+            if op == '^':
                 return a ** n
             if isinstance(a, Fraction):
                 r = exact_root(a, n)
@@ -359,7 +372,7 @@ class Evaluator:
             except Undefined:
                 return False
         if op == 'not':
-            v = self.holds(f[1], step)
+            v = self.holds(f[2], step)
             return None if v is None else not v
         if op in ('and', 'or', 'xor', '->'):
             a, b = self.holds(f[1], step), self.holds(f[2], step)
@@ -509,79 +522,14 @@ def check_inside(cert):
     return None
 
 
-def smt_rat(q):
-    body = f'(/ {abs(q.numerator)}.0 {q.denominator}.0)' if q.denominator != 1 else f'{abs(q.numerator)}.0'
-    return f'(- {body})' if q < 0 else body
-
-
-class Smt:
-    """The formula at one depth inside a closed box, for z3 (polynomial formulae only)."""
-
-    def __init__(self, problem, cert):
-        self.p, self.decls, self.side = problem, {}, []
-        body = [self.formula(f, step) for f, step in problem.conjuncts(cert.depth)]
-        for label, (lo, hi) in cert.box.items():
-            if label in self.decls:
-                self.side.append(f'(<= {smt_rat(lo)} {self.real(label)} {smt_rat(hi)})')
-        lines = ['(set-logic ALL)'] + [f'(declare-const |{n}| {s})' for n, s in self.decls.items()]
-        lines += [f'(assert {a})' for a in self.side + body] + ['(check-sat)']
-        self.text = '\n'.join(lines) + '\n'
-
-    def real(self, label):
-        return f'(to_real |{label}|)' if self.decls[label] == 'Int' else f'|{label}|'
-
-    def term(self, t, step):
-        op = t[0]
-        if op == 'num':
-            return smt_rat(t[1])
-        if op == 'var':
-            label = self.p.label(t[1], t[2], step)
-            if label not in self.decls:
-                v = self.p.vars[t[1]]
-                self.decls[label] = 'Int' if v.is_int else 'Real'
-                self.side.append(f'(<= {smt_rat(v.lower)} {self.real(label)} {smt_rat(v.upper)})')
-            return self.real(label)
-        a = self.term(t[1], step)
-        if op == 'neg':
-            return f'(- {a})'
-        if op == 'pow':
-            return '1.0' if t[2] == 0 else a if t[2] == 1 else f'(* {" ".join([a] * t[2])})'
-        if op == 'abs':
-            return f'(ite (>= {a} 0.0) {a} (- {a}))'
-        if op in ('exp', 'sin', 'cos', 'nrt'):
-            raise InputError('not polynomial')
-        b = self.term(t[2], step)
-        if op in ('min', 'max'):
-            return f'(ite ({"<=" if op == "min" else ">="} {a} {b}) {a} {b})'
-        return f'({op} {a} {b})'
-
-    def formula(self, f, step):
-        op = f[0]
-        if op == 'rel':
-            a, b = self.term(f[2], step), self.term(f[3], step)
-            return f'(not (= {a} {b}))' if f[1] == '!=' else f'({f[1]} {a} {b})'
-        if op == 'not':
-            return f'(not {self.formula(f[1], step)})'
-        if op in ('and', 'or', 'xor'):
-            return f'({op} {self.formula(f[1], step)} {self.formula(f[2], step)})'
-        if op == '->':
-            return f'(=> {self.formula(f[1], step)} {self.formula(f[2], step)})'
-        return f'(>= {self.term(f, step)} 1.0)'
-
-
 def z3_inside(problem, cert):
     """'sat' (a model inside the box), 'unsat', 'unknown', or why z3 was not asked."""
     if problem.transcendental():
         return 'not polynomial'
     if not cert.box:
         return 'no box printed'  # --nosol
-    query = Smt(problem, cert).text
-    try:
-        p = subprocess.run(['z3', '-in', '-T:20'], input=query, capture_output=True, text=True, timeout=40)
-    except (subprocess.TimeoutExpired, FileNotFoundError):
-        return 'unknown'
-    answer = p.stdout.split('\n', 1)[0].strip()
-    return answer if answer in ('sat', 'unsat') else 'unknown'
+    box = {(label.split('@')[0], int(label.split('@')[1]) if '@' in label else 0): b for label, b in cert.box.items()}
+    return smt.solve(smt.Query(problem, cert.depth or 0, box=box), seconds=20)[0]
 
 
 # ---------------------------------------------------------------- running

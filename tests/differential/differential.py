@@ -33,9 +33,8 @@ import lang       # noqa: E402
 import semantics  # noqa: E402
 import smt        # noqa: E402
 
-HERE = os.path.dirname(os.path.abspath(__file__))
-TIMEOUT_S = 20
-KNOWN_TIMEOUT_S = 5
+KNOWN = os.path.join(os.path.dirname(os.path.abspath(__file__)), 'known.txt')
+KNOWN_TIMEOUT_S = 5      # a listed case only has to show whether it still fails
 POINTS = 3000            # brute-force points per depth; beyond that a sample of this many
 DETERMINISM_EVERY = 5
 PROGRESS_S = 600
@@ -51,68 +50,60 @@ class Failure(Exception):
         self.kind, self.message, self.marginal = kind, message, marginal
 
 
-def run_krait(binary, case, workdir, timeout=TIMEOUT_S):
-    path = os.path.join(workdir, 'input.krait')
-    with open(path, 'w') as f:
-        f.write(case.text())
+def write(folder, name, text):
+    with open(os.path.join(folder, name), 'w') as f:
+        f.write(text)
+
+
+def run_krait(binary, case, workdir, timeout):
+    write(workdir, 'input.krait', case.text())
     try:
-        p = subprocess.run([binary, *case.args(), path], capture_output=True, text=True,
-                           timeout=timeout, cwd=workdir)
+        p = subprocess.run([binary, *case.args(), os.path.join(workdir, 'input.krait')], capture_output=True,
+                           text=True, timeout=timeout, cwd=workdir)
     except subprocess.TimeoutExpired as e:
-        return None, (e.stdout or b'').decode(errors='replace') if isinstance(e.stdout, bytes) else (e.stdout or ''), ''
+        out = e.stdout or ''
+        return None, out.decode(errors='replace') if isinstance(out, bytes) else out, ''
     return p.returncode, p.stdout, p.stderr
 
 
 def parse_report(text):
     """[(depth, 'unsat' | 'box', box)], box mapping (name, step) to a closed interval."""
-    results, k, lines = [], 0, text.split('\n')
-    entry = None
+    results, k, entry, lines = [], 0, None, text.split('\n')
     for i, line in enumerate(lines):
-        m = re.match(r'    k = (\d+)$', line)
-        if m:
+        if m := re.match(r'    k = (\d+)$', line):
             k = int(m.group(1))
         elif line == 'RESULT:' and i + 1 < len(lines):
             results.append((k, VERDICTS.get(lines[i + 1].strip(), lines[i + 1].strip()), {}))
         elif re.match(r'    (\S+) \(.*\): $', line):
             entry = line.split()[0]
-        else:
-            m = re.match(r'        @(\d+): [\[\]](\S+), (\S+)[\[\]]$', line)
-            if m and results:
-                lo, hi = (None if 'inf' in x else NAN if 'nan' in x else Fraction(float(x)) for x in m.group(2, 3))
-                results[-1][2][(entry, int(m.group(1)))] = (lo, hi)
+        elif (m := re.match(r'        @(\d+): [\[\]](\S+), (\S+)[\[\]]$', line)) and results:
+            results[-1][2][(entry, int(m.group(1)))] = tuple(
+                None if 'inf' in x else NAN if 'nan' in x else Fraction(float(x)) for x in m.group(2, 3))
     return results
 
 
-def without_target(case):
-    c = copy.deepcopy(case)
-    c.target = [('true',)]
-    return c
-
-
 def masked(stdout):
-    return '\n'.join(l for l in stdout.split('\n') if 'time solver' not in l)
+    return '\n'.join(line for line in stdout.split('\n') if 'time solver' not in line)
+
+
+def exact(case):
+    """Every relation over integers and integral constants alone: brute force decides them."""
+    return all(semantics.exact_atom(case, s[1:]) for _, cs in case.sections() for c in cs
+               for s in lang.nodes(c) if s[0] == 'rel')
 
 
 def points(case, k, rng):
     """Candidate witnesses of depth k: every integer assignment and a grid of 9 values on each
     real range, or a random sample of them when there are too many."""
-    insts = semantics.instances(case, k)
-    axes = []
+    insts, axes = semantics.instances(case, k), []
     for name, _ in insts:
         v = case.var(name)
         lo, hi = v.bounds()
-        if v.is_int:
-            axes.append([Fraction(i) for i in range(math.ceil(lo), math.floor(hi) + 1)][:200])
-        else:
-            axes.append(sorted({lo + (hi - lo) * j / 8 for j in range(9)}))
-    total = 1
-    for a in axes:
-        total *= len(a)
-    if total <= POINTS:
-        combos = itertools.product(*axes)
-    else:
-        combos = (tuple(rng.choice(a) for a in axes) for _ in range(POINTS))
-    return total <= POINTS, ({i: (x, x) for i, x in zip(insts, c)} for c in combos)
+        axes.append([Fraction(i) for i in range(math.ceil(lo), math.floor(hi) + 1)][:200] if v.is_int
+                    else sorted({lo + (hi - lo) * j / 8 for j in range(9)}))
+    exhaustive = math.prod(map(len, axes)) <= POINTS
+    combos = itertools.product(*axes) if exhaustive else (tuple(rng.choice(a) for a in axes) for _ in range(POINTS))
+    return exhaustive, ({i: (x, x) for i, x in zip(insts, c)} for c in combos)
 
 
 def show_box(box):
@@ -125,36 +116,28 @@ def check_unsat(case, k, stats, rng, workdir):
     for box in candidates:
         if semantics.holds(case, k, box) is True:
             raise Failure('wrong-unsat', f'depth {k}: "unsatisfiable", but {show_box(box)} satisfies it')
-    exact = all(semantics.exact_atom(case, a) for a in atoms(case))
-    if exhaustive and exact:
+    if exhaustive and exact(case):
         stats['unsat confirmed by brute force'] += 1
         return
     answer, model = smt.solve(smt.Query(case, k))
-    if answer != 'sat':
-        stats[f'unsat, z3 {answer}'] += 1
+    box = {i: (v, v) for i, v in (model or {}).items()}
+    why = (f'z3 {answer}' if answer != 'sat' else 'z3 sat (irrational model)' if None in model.values()
+           else 'z3 sat (model fails the exact check)' if semantics.holds(case, k, box, robust=False) is not True
+           else None)
+    if why:
+        stats[f'unsat, {why}'] += 1
         return
-    if any(v is None for v in model.values()):
-        stats['unsat, z3 sat (irrational model)'] += 1
-        return
-    box = {i: (v, v) for i, v in model.items()}
-    if semantics.holds(case, k, box, robust=False) is not True:
-        stats['unsat, z3 sat (model fails the exact check)'] += 1
-        return
+    write(workdir, 'z3.smt2', smt.Query(case, k).text)
     if semantics.holds(case, k, box) is not True:
-        robust = smt.Query(case, k, robust=True)
-        answer, model = smt.solve(robust)
+        answer, model = smt.solve(smt.Query(case, k, robust=True))
         box = {i: (v, v) for i, v in (model or {}).items()}
-        if answer != 'sat' or None in box.values() or semantics.holds(case, k, box) is not True:
-            with open(os.path.join(workdir, 'z3.smt2'), 'w') as f:
-                f.write(smt.Query(case, k).text)
+        if answer != 'sat' or None in model.values() or semantics.holds(case, k, box) is not True:
             raise Failure('wrong-unsat', f'depth {k}: "unsatisfiable", but z3 finds a model that holds '
                           f'exactly (not with margins): {show_box(box)}', marginal=True)
-    with open(os.path.join(workdir, 'z3.smt2'), 'w') as f:
-        f.write(smt.Query(case, k).text)
     raise Failure('wrong-unsat', f'depth {k}: "unsatisfiable", but z3 finds {show_box(box)}')
 
 
-def check_box(case, k, box, stats, with_z3):
+def check_box(case, k, box, stats):
     if any(NAN in b for b in box.values()):
         raise Failure('bad-box', f'depth {k}: the candidate box has an end that is not a number')
     if any(lo is None or hi is None or lo > hi for lo, hi in box.values()):
@@ -162,44 +145,22 @@ def check_box(case, k, box, stats, with_z3):
     # Integers are split down to single values and atoms over them alone are decided exactly:
     # such a box is a solution, and an off-by-one at a strict bound must not hide in the slack.
     if all(case.var(n).is_int and lo == hi for (n, _), (lo, hi) in box.items()) \
-            and set(semantics.instances(case, k)) <= set(box) and all(semantics.exact_atom(case, a) for a in atoms(case)):
+            and set(semantics.instances(case, k)) <= set(box) and exact(case):
         stats['box, an integer point'] += 1
         if semantics.holds(case, k, box) is not True:
             raise Failure('bad-box', f'depth {k}: the candidate box is an integer point that is no solution')
     for robust in (True, False):
-        bad = semantics.false_conjunct(case, k, box, robust=robust)
-        if bad:
+        if bad := semantics.false_conjunct(case, k, box, robust=robust):
             raise Failure('bad-box', f'depth {k}: the candidate box makes {lang.show(bad[0])} (step {bad[1]}) '
                           f'false at every point{"" if robust else " (within rounding errors and the bound-delta slack)"}',
                           marginal=not robust)
-    if with_z3:
-        answer, _ = smt.solve(smt.Query(case, k))
-        if answer == 'unsat' and not semantics.root_domains(semantics.unwind(case, k)):
-            stats['box, z3 unsat (a spurious candidate)'] += 1
 
 
-def atoms(case):
-    out = []
-
-    def walk(t):
-        if t[0] == 'rel':
-            out.append(t[1:])
-        for c in t[1:]:
-            if isinstance(c, tuple):
-                walk(c)
-    for _, conjuncts in case.sections():
-        for c in conjuncts:
-            walk(c)
-    return out
-
-
-def check(binary, case, seed_rng, determinism, stats, workdir, with_z3_boxes=False, timeout=TIMEOUT_S):
+def check(binary, case, rng, determinism, stats, workdir, timeout):
     """Runs every checker on one case; raises Failure for the first problem found."""
     status, out, err = run_krait(binary, case, workdir, timeout)
-    with open(os.path.join(workdir, 'stdout'), 'w') as f:
-        f.write(out)
-    with open(os.path.join(workdir, 'stderr'), 'w') as f:
-        f.write(err)
+    write(workdir, 'stdout', out)
+    write(workdir, 'stderr', err)
     if status is None:
         raise Failure('timeout', f'no answer within {timeout} s')
     results = parse_report(out)
@@ -214,112 +175,99 @@ def check(binary, case, seed_rng, determinism, stats, workdir, with_z3_boxes=Fal
         raise Failure('crash', 'the report does not hold one result per depth')
     if stuck:
         stats['INIT and TRANS contradictory'] += 1
-        check_unsat(without_target(case), len(results), stats, seed_rng, workdir)
+        check_unsat(variant(case, lambda c: setattr(c, 'target', [('true',)])), len(results), stats, rng, workdir)
     for k, verdict, box in results:
         stats[verdict] += 1
         if verdict == 'unsat':
-            check_unsat(case, k, stats, seed_rng, workdir)
+            check_unsat(case, k, stats, rng, workdir)
         else:
-            check_box(case, k, box, stats, with_z3_boxes)
+            check_box(case, k, box, stats)
     if determinism:
         status2, out2, err2 = run_krait(binary, case, workdir, timeout)
-        if status2 != status or masked(out2) != masked(out) or err2 != err:
-            with open(os.path.join(workdir, 'stdout.second'), 'w') as f:
-                f.write(out2)
+        if (status2, masked(out2), err2) != (status, masked(out), err):
+            write(workdir, 'stdout.second', out2)
             raise Failure('nondeterministic', 'a second run gives a different report')
 
 
 # Minimisation: greedy one-step simplifications of the tree, the sections and the options.
 
-def subtrees(t, path=()):
+def variant(case, change):
+    c = copy.deepcopy(case)
+    change(c)
+    return c
+
+
+def paths(t, path=()):
     yield path, t
     for i, c in enumerate(t[1:], 1):
         if isinstance(c, tuple):
-            yield from subtrees(c, path + (i,))
+            yield from paths(c, path + (i,))
 
 
 def replace(t, path, new):
-    if not path:
-        return new
-    i = path[0]
-    return t[:i] + (replace(t[i], path[1:], new),) + t[i + 1:]
+    return t[:path[0]] + (replace(t[path[0]], path[1:], new),) + t[path[0] + 1:] if path else new
 
 
 BOOLEAN = {'lit', 'true', 'false', 'not', 'rel', *lang.CONNECTIVES}
 
 
 def smaller(t):
-    """Trees one step simpler than t."""
-    for path, s in subtrees(t):
-        op = s[0]
-        if op in BOOLEAN:
-            kids = [c for c in s[1:] if isinstance(c, tuple) and c[0] in BOOLEAN]
-            alts = kids + ([('true',), ('false',)] if op not in ('true', 'false') else [])
+    """Trees one step simpler than t: a node replaced by a child of its kind or by a constant."""
+    for path, s in paths(t):
+        if s[0] in BOOLEAN:
+            alts = [c for c in s[1:] if isinstance(c, tuple) and c[0] in BOOLEAN]
+            alts += [('true',), ('false',)] if s[0] not in ('true', 'false') else []
         else:
-            kids = [c for c in s[1:] if isinstance(c, tuple)]
-            alts = kids + ([('num', '0'), ('num', '1')] if op != 'num' or s[1] not in ('0', '1') else [])
-        for a in alts:
-            yield replace(t, path, a)
+            alts = [c for c in s[1:] if isinstance(c, tuple)]
+            alts += [('num', '0'), ('num', '1')] if s[0] != 'num' or s[1] not in ('0', '1') else []
+        yield from (replace(t, path, a) for a in alts)
 
 
 def shrinks(case, depth):
     """Cases one step simpler: fewer depths, options, conjuncts and variables first, then
     smaller trees."""
-    def variant(change):
-        c = copy.deepcopy(case)
-        change(c)
-        return c
     if case.bmc and case.max_depth > depth:
-        yield variant(lambda c: setattr(c, 'max_depth', depth))
-    groups, i = [], 0
-    while i < len(case.options):
-        n = 1 + sum(1 for _ in itertools.takewhile(lambda o: not o.startswith('--'), case.options[i + 1:]))
-        groups.append((i, n))
-        i += n
-    for i, n in reversed(groups):
-        yield variant(lambda c: c.options.__delitem__(slice(i, i + n)))
+        yield variant(case, lambda c: setattr(c, 'max_depth', depth))
+    starts = [i for i, o in enumerate(case.options) if o.startswith('--')]
+    for i, j in reversed(list(zip(starts, starts[1:] + [len(case.options)]))):
+        yield variant(case, lambda c: c.options.__delitem__(slice(i, j)))
     sections = [(title.lower() if case.bmc else 'expr', conjuncts) for title, conjuncts in case.sections()]
     for attr, conjuncts in sections:
         for i in range(len(conjuncts) if len(conjuncts) > 1 else 0):
-            yield variant(lambda c: getattr(c, attr).pop(i))
-    used = {s[1] for _, cs in case.sections() for t in cs for _, s in subtrees(t) if s[0] in ('var', 'lit', 'num')}
+            yield variant(case, lambda c: getattr(c, attr).pop(i))
+    used = {s[1] for _, cs in sections for t in cs for s in lang.nodes(t) if s[0] in ('var', 'lit', 'num')}
     for v in case.vars:
         if v.name not in used and len(case.vars) > 1:
-            yield variant(lambda c: setattr(c, 'vars', [w for w in c.vars if w.name != v.name]))
+            yield variant(case, lambda c: setattr(c, 'vars', [w for w in c.vars if w.name != v.name]))
         elif v.static:
-            yield variant(lambda c: setattr(c.var(v.name), 'static', False))
+            yield variant(case, lambda c: setattr(c.var(v.name), 'static', False))
     for name in case.defines:
         if name not in used:
-            yield variant(lambda c: c.defines.__delitem__(name))
+            yield variant(case, lambda c: c.defines.__delitem__(name))
     if case.brackets:
-        yield variant(lambda c: setattr(c, 'brackets', 0))
+        yield variant(case, lambda c: setattr(c, 'brackets', 0))
     for attr, conjuncts in sections:
-        for i in range(len(conjuncts)):
-            for t in smaller(conjuncts[i]):
-                yield variant(lambda c: getattr(c, attr).__setitem__(i, t))
+        for i, conjunct in enumerate(conjuncts):
+            for t in smaller(conjunct):
+                yield variant(case, lambda c: getattr(c, attr).__setitem__(i, t))
 
 
-def minimise(binary, case, failure, workdir, budget_s, timeout=TIMEOUT_S):
+def minimise(binary, case, failure, workdir, budget_s, timeout):
     """The smallest case found within the budget that fails in the same way."""
     deadline = time.time() + budget_s
     timeout = min(timeout, 10) if failure.kind == 'timeout' else timeout
-    depth = int(m.group(1)) if (m := re.match(r'depth (\d+)', failure.message)) else case.max_depth
-    best, best_failure = case, failure
-    improved = True
+    best, best_failure, improved = case, failure, True
     while improved and time.time() < deadline:
         improved = False
+        depth = int(m.group(1)) if (m := re.match(r'depth (\d+)', best_failure.message)) else case.max_depth
         for cand in shrinks(best, depth):
             if time.time() >= deadline:
                 break
             try:
-                check(binary, cand, Random(0), failure.kind == 'nondeterministic', Counter(), workdir,
-                      timeout=timeout)
+                check(binary, cand, Random(0), failure.kind == 'nondeterministic', Counter(), workdir, timeout)
             except Failure as f:
-                if f.kind == failure.kind and f.marginal == failure.marginal and \
-                        (f.kind != 'crash' or f.message == failure.message):
+                if (f.kind, f.marginal) == (failure.kind, failure.marginal) and (f.kind != 'crash' or f.message == failure.message):
                     best, best_failure, improved = cand, f, True
-                    if m := re.match(r'depth (\d+)', f.message):
-                        depth = int(m.group(1))
                     break
             except Exception:   # a shrunk case the harness cannot judge
                 continue
@@ -328,14 +276,9 @@ def minimise(binary, case, failure, workdir, budget_s, timeout=TIMEOUT_S):
 
 # Known faults: cases that fail for a reason someone is already repairing.
 
-def load_known(path):
-    known = {}
-    if os.path.exists(path):
-        for line in open(path):
-            parts = line.split('#')[0].split()
-            if len(parts) >= 2:
-                known[parts[0]] = parts[1]
-    return known
+def load_known():
+    rows = [line.split('#')[0].split() for line in open(KNOWN)] if os.path.exists(KNOWN) else []
+    return {r[0]: r[1] for r in rows if len(r) >= 2}
 
 
 def likely_known(case, failure):
@@ -346,70 +289,49 @@ def likely_known(case, failure):
         if '--shifting' in case.options and any(v.static for v in case.vars):
             return '5'
         return '1' if case.family == 'extreme' or '1e-17' in case.options else '6'
-    if constant_power(case):
-        return '4'
-    if failure.kind == 'bad-box' and case.family == 'extreme':
-        return '2'
-    return None
-
-
-def constant_power(case):
-    def has_var(t):
-        return any(s[0] == 'var' for _, s in subtrees(t))
-    return any(s[0] in ('nrt', '^') and not has_var(s[1])
-               for _, cs in case.sections() for t in cs for _, s in subtrees(t))
+    if any(s[0] in ('nrt', '^') and not any(x[0] == 'var' for x in lang.nodes(s[1]))
+           for _, cs in case.sections() for t in cs for s in lang.nodes(t)):
+        return '4'   # a power of a constant
+    return '2' if failure.kind == 'bad-box' and case.family == 'extreme' else None
 
 
 def save(out_dir, case_id, case, failure, workdir, minimal, minimal_failure):
     d = os.path.join(out_dir, f'{case_id}-{failure.kind}{"-marginal" if failure.marginal else ""}')
     os.makedirs(d, exist_ok=True)
     for name in ('stdout', 'stderr', 'stdout.second', 'z3.smt2'):
-        src = os.path.join(workdir, name)
-        if os.path.exists(src):
-            os.replace(src, os.path.join(d, name))
-    with open(os.path.join(d, 'input.krait'), 'w') as f:
-        f.write(case.text())
-    with open(os.path.join(d, 'args'), 'w') as f:
-        f.write('\n'.join([*case.args(), 'input.krait']) + '\n')
-    with open(os.path.join(d, 'failure.txt'), 'w') as f:
-        f.write(f'{failure.kind}: {failure.message}\n\nminimised: {minimal_failure.message}\n')
-    with open(os.path.join(d, 'minimal.krait'), 'w') as f:
-        f.write(minimal.text())
-    with open(os.path.join(d, 'minimal.args'), 'w') as f:
-        f.write('\n'.join([*minimal.args(), 'minimal.krait']) + '\n')
-    return d
+        if os.path.exists(os.path.join(workdir, name)):
+            os.replace(os.path.join(workdir, name), os.path.join(d, name))
+    for name, c in (('input', case), ('minimal', minimal)):
+        write(d, f'{name}.krait', c.text())
+        write(d, 'args' if name == 'input' else 'minimal.args', '\n'.join([*c.args(), f'{name}.krait']) + '\n')
+    write(d, 'failure.txt', f'{failure.kind}: {failure.message}\n\nminimised: {minimal_failure.message}\n')
 
 
-def one_case(binary, seed, index, known, guess_known, out_dir, minimise_s, z3_boxes, timeout):
-    """Generates, checks and (on failure) minimises and saves case seed-index. Returns
-    (case id, family, stats, failure record or None)."""
+def one_case(binary, seed, index, known, guess_known, out_dir, minimise_s, timeout):
+    """Generates, checks and (on failure) minimises and saves case seed-index. Returns its family,
+    its answer counts, and for a failure, or a listed case that passes, the tally key and a line."""
     case_id = f'{seed}-{index}'
     rng = Random(case_id)
-    case = lang.make_case(rng)
-    stats = Counter()
+    case, stats, tag = lang.make_case(rng), Counter(), known.get(case_id)
     with tempfile.TemporaryDirectory() as workdir:
         try:
-            # A listed case only has to show whether it still fails: a short limit will do.
-            check(binary, case, rng, index % DETERMINISM_EVERY == 0, stats, workdir, z3_boxes,
-                  timeout=KNOWN_TIMEOUT_S if case_id in known else timeout)
-            return case_id, case.family, stats, (('fixed', known[case_id], '') if case_id in known else None)
+            check(binary, case, rng, index % DETERMINISM_EVERY == 0, stats, workdir, KNOWN_TIMEOUT_S if tag else timeout)
+            return case.family, stats, tag and (f'fixed {tag}', f'note {case_id} is listed as known fault {tag} but passes now')
         except Failure as failure:
-            tag = known.get(case_id)
+            minimal, minimal_failure = case, failure
             if tag is None and not failure.marginal and out_dir and minimise_s > 0:
                 minimal, minimal_failure = minimise(binary, case, failure, workdir, minimise_s, timeout)
-            else:
-                minimal, minimal_failure = case, failure
-            where = save(out_dir, case_id, case, failure, workdir, minimal, minimal_failure) if out_dir else ''
-            guess = likely_known(case, failure)
-            record = ('known', tag, where) if tag else ('marginal', failure.kind, where) if failure.marginal \
-                else ('likely-known', guess, where) if guess and guess_known \
-                else ('new', failure.kind, where)
-            text = (f'{case_id} [{record[0]} {record[1]}] {failure.kind}: {failure.message}\n'
-                    f'{minimal.text()}options: {" ".join(minimal.args()) or "(none)"}\n'
-                    f'minimised failure: {minimal_failure.message}\n')
-            return case_id, case.family, stats, record + (text,)
+            if out_dir:
+                save(out_dir, case_id, case, failure, workdir, minimal, minimal_failure)
+            guess = likely_known(case, failure) if guess_known else None
+            key = f'known {tag}' if tag else f'marginal {failure.kind}' if failure.marginal \
+                else f'likely-known {guess}' if guess else f'new {failure.kind}'
+            line = f'{case_id} [{key}] {failure.kind}: {failure.message}'
+            return case.family, stats, (key, 'note ' + line.split('\n')[0] if not key.startswith('new') else
+                                        f'FAIL {line}\n{minimal.text()}options: {" ".join(minimal.args()) or "(none)"}\n'
+                                        f'minimised failure: {minimal_failure.message}\n')
         except Exception as e:   # the harness itself failed: report, never hide
-            return case_id, case.family, stats, ('new', 'harness', '', f'{case_id} harness error: {e!r}\n{case.text()}')
+            return case.family, stats, ('new harness', f'FAIL {case_id} harness error: {e!r}\n{case.text()}')
 
 
 def main():
@@ -420,54 +342,43 @@ def main():
     ap.add_argument('--hours', type=float, default=0.0)
     ap.add_argument('--jobs', type=int, default=os.cpu_count() or 1)
     ap.add_argument('--out', help='folder for failing cases (default: none in CI, failures/ otherwise)')
-    ap.add_argument('--known', default=os.path.join(HERE, 'known.txt'))
     ap.add_argument('--minimise', type=float, default=60, help='seconds of minimisation per failure')
-    ap.add_argument('--timeout', type=float, default=TIMEOUT_S, help='seconds a run of the binary may take')
-    ap.add_argument('--z3-boxes', action='store_true', help='also ask z3 about candidate boxes')
+    ap.add_argument('--timeout', type=float, default=20, help='seconds a run of the binary may take')
     args = ap.parse_args()
-    args.binary = os.path.abspath(args.binary)
     if args.cases is None and not args.hours:
         ap.error('give --cases or --hours')
-    seed = args.seed if args.seed is not None else int(time.time())
     # Fixed seeds excuse exactly the listed cases; fresh seeds sort failures by a guess instead.
     fresh = args.seed is None
-    known = {} if fresh else load_known(args.known)
+    seed = int(time.time()) if fresh else args.seed
+    known = {} if fresh else load_known()
     deadline = time.time() + args.hours * 3600 if args.hours else None
-    out_dir = args.out or (None if not fresh else 'failures')
+    out_dir = args.out or ('failures' if fresh else None)
     if out_dir:
         os.makedirs(out_dir, exist_ok=True)
 
     totals, families, records = Counter(), Counter(), Counter()
-    started = time.time()
-    index, last_progress = 0, time.time()
+    started = last_progress = time.time()
+    index, pending = 0, set()
     with ProcessPoolExecutor(args.jobs) as pool:
-        pending = set()
-
         def more():
             return (args.cases is None or index < args.cases) and (deadline is None or time.time() < deadline)
 
         while pending or more():
             while more() and len(pending) < 2 * args.jobs:
-                pending.add(pool.submit(one_case, args.binary, seed, index, known, fresh, out_dir, args.minimise,
-                                        args.z3_boxes, args.timeout))
+                pending.add(pool.submit(one_case, os.path.abspath(args.binary), seed, index, known, fresh, out_dir,
+                                        args.minimise, args.timeout))
                 index += 1
             done, pending = wait(pending, return_when=FIRST_COMPLETED)
             if deadline and time.time() - last_progress > PROGRESS_S:
                 last_progress = time.time()
                 print(f'... {sum(families.values())} cases, {totals["unsat"]} unsat, {totals["box"]} boxes, '
                       f'{sum(records.values())} disagreements', flush=True)
-            for fut in done:
-                case_id, family, stats, record = fut.result()
+            for family, stats, record in (fut.result() for fut in done):
                 families[family] += 1
                 totals.update(stats)
                 if record:
-                    records[f'{record[0]} {record[1]}'] += 1
-                    if record[0] == 'new':
-                        print('FAIL ' + record[3], flush=True)
-                    elif record[0] != 'fixed':
-                        print('note ' + record[3].split('\n')[0], flush=True)
-                    else:
-                        print(f'note {case_id} is listed as known fault {record[1]} but passes now', flush=True)
+                    records[record[0]] += 1
+                    print(record[1], flush=True)
 
     new = sum(n for r, n in records.items() if r.startswith('new'))
     print(f'\nseed {seed}: {sum(families.values())} cases ({", ".join(f"{f} {n}" for f, n in sorted(families.items()))}) '

@@ -1,11 +1,10 @@
 """Random Krait inputs: declarations, formula trees, transition systems and command-line options.
 
-Trees are tuples. Arithmetic: ('var', name, primed), ('num', text) (unsigned), ('neg', a), ('+', a, b),
-('-', a, b), ('*', a, b), ('^', a, n), ('nrt', a, n), ('exp', a), ('cos', a), ('sin', a),
-('abs', a), ('min', a, b), ('max', a, b). A ('num', text) is a literal as written or the name of
-a symbolic constant; its value is the double nearest to the decimal.
-Boolean: ('lit', name, primed) (a variable used as a literal: it holds when the value is >= 1),
-('true',), ('false',), ('not', spelling, f), (connective, f, g), ('rel', relation, a, b).
+Trees are tuples. Arithmetic: ('var', name, primed), ('num', text) (unsigned: a literal as written
+or a symbolic constant's name, worth the double nearest to the decimal), ('neg', a), ('+'|'-'|'*'|
+'min'|'max', a, b), ('^'|'nrt', a, n), ('exp'|'cos'|'sin'|'abs', a). Boolean: ('lit', name,
+primed) (a variable as a literal: it holds when the value is >= 1), ('true',), ('false',),
+('not', spelling, f), (connective, f, g), ('rel', relation, a, b).
 """
 from dataclasses import dataclass, field
 from fractions import Fraction
@@ -13,7 +12,12 @@ from random import Random
 
 CONNECTIVES = ('and', 'or', 'impl', '->', 'xor', 'nxor', '<->', 'nand', 'nor')
 RELATIONS = ('<', '<=', '=', '!=', '>=', '>')
+FUNCTIONS = ('exp', 'cos', 'sin', 'abs', 'min', 'max')
 BRACKETS = ('()', '()', '()', '[]', '{}')
+# The other connectives in terms of 'and', 'or', 'xor' and 'not' (three-valued logic keeps these).
+REWRITE = {'nand': lambda g, h: ('not', '', ('and', g, h)), 'nor': lambda g, h: ('not', '', ('or', g, h)),
+           'impl': lambda g, h: ('or', ('not', '', g), h), 'nxor': lambda g, h: ('not', '', ('xor', g, h))}
+REWRITE.update({'->': REWRITE['impl'], '<->': REWRITE['nxor']})
 # Constants that are not exact doubles next to ones that are.
 DECIMALS = ('0.1', '0.2', '0.3', '1.3', '2.7', '0.7', '1.1', '3.3', '.5', '0.25', '2.5e-1', '1e-3', '1.5')
 
@@ -56,23 +60,18 @@ class Case:
         return next(v for v in self.vars if v.name == name)
 
     def sections(self):
-        if self.bmc:
-            return [('INIT', self.init), ('TRANS', self.trans), ('TARGET', self.target)]
-        return [('EXPR', self.expr)]
+        return [('INIT', self.init), ('TRANS', self.trans), ('TARGET', self.target)] if self.bmc else [('EXPR', self.expr)]
 
     def args(self):
         return [*self.options, *(['--max_depth', str(self.max_depth)] if self.bmc else [])]
 
     def text(self):
-        lines = ['DECL']
-        lines += [f'  define {n} = {t};' for n, t in self.defines.items()]
+        lines = ['DECL', *(f'  define {n} = {t};' for n, t in self.defines.items())]
         for v in self.vars:
-            static = 'static ' if v.static else ''
             rng = '' if v.kind == 'boole' else f' [{show_bound(v.lo)}, {show_bound(v.hi)}]'
-            lines.append(f'  {static}{v.kind}{rng} {v.name};')
+            lines.append(f'  {"static " * v.static}{v.kind}{rng} {v.name};')
         for title, conjuncts in self.sections():
-            lines.append(title)
-            lines += [f'  {show(c)};' for c in conjuncts]
+            lines += [title, *(f'  {show(c)};' for c in conjuncts)]
         text = '\n'.join(lines) + '\n'
         return rebracket(text, Random(self.brackets)) if self.brackets else text
 
@@ -82,8 +81,17 @@ def show_bound(text):
 
 
 def value(case, text):
-    """The double a literal or symbolic constant denotes, as an exact fraction."""
-    return Fraction(float(case.defines.get(text, text)))
+    """The double a literal or symbolic constant denotes, as an exact fraction (a Fraction stands
+    for itself)."""
+    return text if isinstance(text, Fraction) else Fraction(float(case.defines.get(text, text)))
+
+
+def nodes(t):
+    """t and every subtree of it."""
+    yield t
+    for c in t[1:]:
+        if isinstance(c, tuple):
+            yield from nodes(c)
 
 
 def show(t):
@@ -91,21 +99,15 @@ def show(t):
     every minus sign, so that two of them never open a comment."""
     op = t[0]
     if op in ('var', 'lit'):
-        return t[1] + ("'" if t[2] else '')
-    if op == 'num':
-        return t[1]
-    if op in ('true', 'false'):
-        return op
-    if op == 'not':
-        return f'({t[1]} {show(t[2])})'
-    if op == 'neg':
-        return f'(- {show(t[1])})'
-    if op == '^':
-        return f'({show(t[1])} ^ {t[2]})'
-    if op == 'nrt':
-        return f'nrt({show(t[1])}, {t[2]})'
-    if op in ('exp', 'cos', 'sin', 'abs', 'min', 'max'):
-        return f'{op}({", ".join(show(c) for c in t[1:])})'
+        return t[1] + "'" * t[2]
+    if op in ('num', 'true', 'false'):
+        return t[1] if op == 'num' else op
+    if op in ('not', 'neg'):
+        return f'({t[1]} {show(t[2])})' if op == 'not' else f'(- {show(t[1])})'
+    if op in ('^', 'nrt'):
+        return f'({show(t[1])} ^ {t[2]})' if op == '^' else f'nrt({show(t[1])}, {t[2]})'
+    if op in FUNCTIONS:
+        return f'{op}({", ".join(map(show, t[1:]))})'
     if op == 'rel':
         return f'({show(t[2])} {t[1]} {show(t[3])})'
     return f'({show(t[1])} {op} {show(t[2])})'
@@ -116,14 +118,12 @@ def rebracket(text, rng):
     out, stack = [], []
     for ch in text:
         if ch == '(':
-            prev = ''.join(out[-4:])
-            kind = '()' if prev.endswith(('nrt', 'exp', 'cos', 'sin', 'abs', 'min', 'max')) else rng.choice(BRACKETS)
-            stack.append(kind)
-            out.append(kind[0])
+            call = ''.join(out[-4:]).endswith(('nrt',) + FUNCTIONS)
+            stack.append('()' if call else rng.choice(BRACKETS))
+            ch = stack[-1][0]
         elif ch == ')':
-            out.append(stack.pop()[1])
-        else:
-            out.append(ch)
+            ch = stack.pop()[1]
+        out.append(ch)
     return ''.join(out)
 
 
@@ -132,45 +132,37 @@ class Generator:
     (huge magnitudes and tiny splitting widths)."""
 
     def __init__(self, rng, family, bmc):
-        self.rng, self.family, self.bmc = rng, family, bmc
-        self.primed_ok = False
+        self.rng, self.family, self.bmc, self.primed_ok = rng, family, bmc, False
         r = rng
-        vs = []
         n_int, n_float, n_bool = {'int': (r.randint(1, 3), 0, r.randint(0, 2)),
                                   'real': (r.randint(0, 1), r.randint(1, 2), r.randint(0, 1)),
                                   'mixed': (r.randint(1, 2), r.randint(1, 2), r.randint(0, 1)),
                                   'extreme': (r.randint(0, 1), r.randint(1, 2), r.randint(0, 1))}[family]
-        names = iter(self.names(n_int + n_float + n_bool))
+        names, vs = iter(self.names(n_int + n_float + n_bool)), []
         for _ in range(n_int):
             lo = r.randint(-3, 1)
             vs.append(Var(next(names), 'int', str(lo), str(r.randint(lo + 1, 8 if bmc else 4))))
-        for _ in range(n_float):
-            vs.append(Var(next(names), 'float', *self.float_range()))
-        for _ in range(n_bool):
-            vs.append(Var(next(names), 'boole'))
-        if bmc:
-            for v in vs:
-                v.static = r.random() < 0.15
+        vs += [Var(next(names), 'float', *self.float_range()) for _ in range(n_float)]
+        vs += [Var(next(names), 'boole') for _ in range(n_bool)]
+        for v in vs if bmc else ():
+            v.static = r.random() < 0.15
         self.case = Case(family, vs)
         if r.random() < 0.15:
             self.case.defines['c' + str(r.randint(0, 9))] = r.choice(DECIMALS + ('3', '2'))
 
     def names(self, n):
-        r = self.rng
         pool = [f'{p}{i}' for p in 'xyzpq' for i in range(3)] + ['X', 'Y', 'a_b', 'speed', 'Z1']
-        if r.random() < 0.05:
-            pool.append(f'V_{r.randint(1, 9)}')   # a user name that looks like a helper symbol
-        r.shuffle(pool)
+        if self.rng.random() < 0.05:
+            pool.append(f'V_{self.rng.randint(1, 9)}')   # a user name that looks like a helper symbol
+        self.rng.shuffle(pool)
         return pool[:n]
 
     def float_range(self):
         r = self.rng
         if self.family == 'extreme':
             kind = r.randrange(4)
-            if kind == 0:
-                return '-100000000000000001', '100000000000000001'
-            if kind == 1:
-                return '1e300', '1.7e308'
+            if kind < 2:
+                return (('-100000000000000001', '100000000000000001'), ('1e300', '1.7e308'))[kind]
             if kind == 2:
                 return '-1e17', str(r.randint(-3, 3))
         if r.random() < 0.3:
@@ -178,8 +170,7 @@ class Generator:
             lo = ('-' + lo) if r.random() < 0.5 else lo
             return lo, str(int(float(lo)) + r.randint(1, 3))
         lo = Fraction(r.randint(-4, 1), 2)
-        hi = lo + Fraction(r.randint(2, 6), 2)
-        return repr(float(lo)), repr(float(hi))
+        return repr(float(lo)), repr(float(lo + Fraction(r.randint(2, 6), 2)))
 
     def constant(self):
         r, roll = self.rng, self.rng.random()
@@ -196,10 +187,8 @@ class Generator:
         return ('neg', ('num', text)) if r.random() < 0.25 and text != '0' else ('num', text)
 
     def variable(self, literal=False):
-        r = self.rng
-        v = r.choice(self.case.vars)
-        primed = self.primed_ok and not v.static and r.random() < 0.5
-        return ('lit' if literal else 'var', v.name, primed)
+        v = self.rng.choice(self.case.vars)
+        return ('lit' if literal else 'var', v.name, self.primed_ok and not v.static and self.rng.random() < 0.5)
 
     def term(self, depth):
         r = self.rng
@@ -226,11 +215,8 @@ class Generator:
         r = self.rng
         if depth == 0 or r.random() < 0.3:
             roll = r.random()
-            if roll < 0.85:
-                return self.relation()
-            if roll < 0.97:
-                return self.variable(literal=True)
-            return (r.choice(('true', 'false')),)
+            return self.relation() if roll < 0.85 else self.variable(literal=True) if roll < 0.97 \
+                else (r.choice(('true', 'false')),)
         if r.random() < 0.15:
             return ('not', r.choice(('not', '!')), self.formula(depth - 1))
         return (r.choice(CONNECTIVES), self.formula(depth - 1), self.formula(depth - 1))
@@ -265,8 +251,7 @@ class Generator:
     def options(self):
         r, opts = self.rng, []
         if r.random() < 0.3:
-            msw = ('1e-17', '1e-9') if self.family == 'extreme' else ('0.5', '0.05', '0.01', '0.001')
-            opts += ['--msw', r.choice(msw)]
+            opts += ['--msw', r.choice(('1e-17', '1e-9') if self.family == 'extreme' else ('0.5', '0.05', '0.01', '0.001'))]
         if r.random() < 0.2:
             opts += ['--mbd', r.choice(('0', '0.1', '0.001'))]
         if r.random() < 0.2:
@@ -274,29 +259,24 @@ class Generator:
         if r.random() < 0.15:
             a = r.randint(1, 20)
             opts += ['--rst', str(a), str(a + r.randint(0, 50)), '1.5', r.choice(('1.5', '2'))]
-        if self.bmc:
-            opts += [o for o in ('--reuse', '--shifting') if r.random() < 0.3]
-        return opts
+        return opts + [o for o in ('--reuse', '--shifting') if self.bmc and r.random() < 0.3]
 
     def make(self):
-        c = self.case
+        c, r = self.case, self.rng
         if self.bmc:
             c.init = self.start()
             self.primed_ok = True
-            c.trans = [self.update() for _ in range(self.rng.randint(0, 2))]
-            c.trans += self.conjuncts(1, 1) if self.rng.random() < 0.3 else []
-            c.trans = c.trans or [self.update()]
+            c.trans = [self.update() for _ in range(r.randint(0, 2))]
+            c.trans = (c.trans + (self.conjuncts(1, 1) if r.random() < 0.3 else [])) or [self.update()]
             self.primed_ok = False
-            c.target = self.conjuncts(1, 2)
-            c.max_depth = self.rng.randint(1, 3)
+            c.target, c.max_depth = self.conjuncts(1, 2), r.randint(1, 3)
         else:
             c.expr = self.conjuncts(1, 3)
         c.options = self.options()
-        c.brackets = self.rng.randint(1, 10**6) if self.rng.random() < 0.2 else 0
+        c.brackets = r.randint(1, 10**6) if r.random() < 0.2 else 0
         return c
 
 
 def make_case(rng, family=None, bmc=None):
     family = family or rng.choices(('int', 'real', 'mixed', 'extreme'), (4, 3, 3, 0.4))[0]
-    bmc = rng.random() < 0.3 if bmc is None else bmc
-    return Generator(rng, family, bmc).make()
+    return Generator(rng, family, rng.random() < 0.3 if bmc is None else bmc).make()

@@ -14,7 +14,7 @@ from fractions import Fraction
 import mpmath
 from mpmath import iv
 
-from lang import value
+from lang import REWRITE, nodes, value
 
 TAU = Fraction(1, 2**36)
 PREC = 120
@@ -22,43 +22,34 @@ HUGE = Fraction(2) ** 4000     # beyond this nothing is decided: enclosures woul
 ZERO = ('num', '0')
 SLACK_FACTOR = 4              # subterms per input node that Krait may create, at most (a guess)
 SIN_SHIFT = Fraction(-1.5707963267948966)   # sin x is solved as cos(x + this double)
-mpmath.mp.prec = PREC
-iv.prec = PREC
+mpmath.mp.prec = iv.prec = PREC
 
 
 class Unbounded(Exception):
     """An enclosure too large to be worth computing; the relation it feeds stays undecided."""
 
 
-def to_fraction(x):
-    man, exp = x.man_exp
-    return Fraction(man) * Fraction(2) ** exp if man else Fraction(0)
-
-
 def end(x, upper):
     """An endpoint of an mpmath interval as a Fraction."""
-    sign, man, exp, _ = x._mpi_[1 if upper else 0]
-    if not man:
-        if exp:
-            raise Unbounded   # an infinite end
-        return Fraction(0)
-    return (-1) ** sign * Fraction(man) * Fraction(2) ** exp
+    sign, man, exp, _ = x._mpi_[upper]
+    if not man and exp:
+        raise Unbounded   # an infinite end
+    return (-1) ** sign * Fraction(man) * Fraction(2) ** exp if man else Fraction(0)
 
 
-def iv_of(lo, hi):
-    a = iv.mpf(lo.numerator) / lo.denominator
-    b = iv.mpf(hi.numerator) / hi.denominator
-    return iv.mpf([a.a, b.b])
+def enclose(fn, lo, hi):
+    """fn over [lo, hi] in mpmath's interval arithmetic."""
+    a, b = iv.mpf(lo.numerator) / lo.denominator, iv.mpf(hi.numerator) / hi.denominator
+    e = fn(iv.mpf([a.a, b.b]))
+    return end(e, False), end(e, True)
 
 
 def root(x, n, upward):
     """An n-th root of x (x >= 0, or odd n) on the requested side, checked exactly."""
-    if x < 0:
-        return -root(-x, n, not upward)
-    if x == 0:
-        return Fraction(0)
-    r = to_fraction(mpmath.root(mpmath.mpf(x.numerator) / x.denominator, n))
-    step = Fraction(1, 2**(PREC - 8))
+    if x <= 0:
+        return -root(-x, n, not upward) if x else Fraction(0)
+    man, exp = mpmath.root(mpmath.mpf(x.numerator) / x.denominator, n).man_exp
+    r, step = Fraction(man) * Fraction(2) ** exp, Fraction(1, 2**(PREC - 8))
     while (r ** n < x) if upward else (r ** n > x):
         r = r * (1 + step) if upward else r * (1 - step)
     return r
@@ -82,32 +73,33 @@ def power(a, n):
         return Fraction(1), Fraction(1)
     if n % 2 or lo >= 0:
         return lo ** n, hi ** n
-    if hi <= 0:
-        return hi ** n, lo ** n
-    return Fraction(0), max(lo ** n, hi ** n)
+    return (hi ** n, lo ** n) if hi <= 0 else (Fraction(0), max(lo ** n, hi ** n))
 
 
 def exp(a):
-    lo, hi = a
-    if hi > 5000:
+    if a[1] > 5000:
         raise Unbounded
-    lo, hi = max(lo, Fraction(-5000)), max(hi, Fraction(-5000))
-    e = iv.exp(iv_of(lo, hi))
-    return end(e, False), end(e, True)
+    return enclose(iv.exp, max(a[0], Fraction(-5000)), max(a[1], Fraction(-5000)))
 
 
 def cos(a):
     lo, hi = a
     if hi - lo > 7 or max(abs(lo), abs(hi)) > 10**6:
         return Fraction(-1), Fraction(1)
-    c = iv.cos(iv_of(lo, hi))
-    lo, hi = end(c, False), end(c, True)
+    lo, hi = enclose(iv.cos, lo, hi)
     return max(lo, Fraction(-1)), min(hi, Fraction(1))
 
 
 def product(a, b):
     ps = [x * y for x in a for y in b]
     return min(ps), max(ps)
+
+
+OPS = {'neg': lambda a: (-a[1], -a[0]), '+': lambda a, b: (a[0] + b[0], a[1] + b[1]),
+       '-': lambda a, b: (a[0] - b[1], a[1] - b[0]), '*': product, '^': power, 'exp': exp, 'cos': cos,
+       'sin': lambda a: cos((a[0] + SIN_SHIFT, a[1] + SIN_SHIFT)),
+       'abs': lambda a: (Fraction(0) if a[0] <= 0 <= a[1] else min(map(abs, a)), max(map(abs, a))),
+       'min': lambda a, b: (min(a[0], b[0]), min(a[1], b[1])), 'max': lambda a, b: (max(a[0], b[0]), max(a[1], b[1]))}
 
 
 class Evaluator:
@@ -117,65 +109,28 @@ class Evaluator:
         self.case, self.box, self.loose, self.robust, self.slack = case, box, loose, robust, slack
         self.declared = {v.name: v for v in case.vars}
 
-    def instance(self, name, primed, step):
-        v = self.declared[name]
-        key = (name, 0 if v.static else step + int(primed))
-        if key in self.box:
-            return self.box[key]
-        lo, hi = v.bounds()
-        return Fraction(lo), Fraction(hi)
-
     def arith(self, t, step):
         """Enclosure of a term, or None when it has no value (even root of a negative)."""
         op = t[0]
         if op == 'var':
-            return self.instance(t[1], t[2], step)
+            v = self.declared[t[1]]
+            return self.box.get((t[1], 0 if v.static else step + int(t[2]))) or v.bounds()
         if op == 'num':
-            v = self.case_value(t[1])
-            return v, v
+            return (value(self.case, t[1]),) * 2
         if op == '^' and t[2] == 0 or op == '*' and ZERO in t[1:]:
             # Krait folds these to a constant before it looks at the other operand, so an even
             # root of a negative radicand in there never has to exist.
-            return (Fraction(1),) * 2 if op == '^' else (Fraction(0),) * 2
+            return (Fraction(int(op == '^')),) * 2
         args = [self.arith(c, step) if isinstance(c, tuple) else c for c in t[1:]]
-        if any(a is None for a in args):
+        if None in args:
             return None
-        a = args[0]
-        if op == 'neg':
-            r = -a[1], -a[0]
-        elif op == '+':
-            r = a[0] + args[1][0], a[1] + args[1][1]
-        elif op == '-':
-            r = a[0] - args[1][1], a[1] - args[1][0]
-        elif op == '*':
-            r = product(a, args[1])
-        elif op == '^':
-            r = power(a, args[1])
-        elif op == 'nrt':
-            r = nrt(a, args[1], self.loose)
-        elif op == 'exp':
-            r = exp(a)
-        elif op == 'cos':
-            r = cos(a)
-        elif op == 'sin':
-            r = cos((a[0] + SIN_SHIFT, a[1] + SIN_SHIFT))
-        elif op == 'abs':
-            r = (Fraction(0) if a[0] <= 0 <= a[1] else min(abs(a[0]), abs(a[1])), max(abs(a[0]), abs(a[1])))
-        elif op == 'min':
-            r = min(a[0], args[1][0]), min(a[1], args[1][1])
-        elif op == 'max':
-            r = max(a[0], args[1][0]), max(a[1], args[1][1])
-        else:
-            raise ValueError(op)
+        r = nrt(*args, self.loose) if op == 'nrt' else OPS[op](*args)
         if r is not None:
             r = r[0] - self.slack, r[1] + self.slack
             self.magnitude = max(self.magnitude, abs(r[0]), abs(r[1]))
             if self.magnitude > HUGE:
                 raise Unbounded
         return r
-
-    def case_value(self, text):
-        return value(self.case, text)
 
     def relation(self, op, lhs, rhs, step):
         """True, False or None (undecided)."""
@@ -186,7 +141,7 @@ class Evaluator:
             return None
         if a is None or b is None:
             return False
-        m = self.margin((op, lhs, rhs))
+        m = TAU * self.magnitude if self.robust and not exact_atom(self.case, (op, lhs, rhs)) else 0
         lo, hi = a[0] - b[1], a[1] - b[0]     # lhs - rhs
         if op in ('>', '>='):
             op, lo, hi = {'>': '<', '>=': '<='}[op], -hi, -lo
@@ -195,69 +150,50 @@ class Evaluator:
         if op == '<':
             return True if hi < -m else False if (lo > m if m else lo >= 0) else None
         equal = True if lo == hi == 0 and m == 0 else False if lo > m or hi < -m else None
-        return equal if op == '=' else None if equal is None else not equal
-
-    def margin(self, atom):
-        if not self.robust or exact_atom(self.case, atom):
-            return 0
-        return TAU * self.magnitude
+        return equal if op == '=' else k_not(equal)
 
     def truth(self, f, step):
         op = f[0]
-        if op == 'true':
-            return True
-        if op == 'false':
-            return False
+        if op in ('true', 'false'):
+            return op == 'true'
         if op == 'lit':
             return self.relation('>=', ('var', f[1], f[2]), ('num', '1'), step)
         if op == 'rel':
-            return self.relation(f[1], f[2], f[3], step)
+            return self.relation(*f[1:], step)
         if op == 'not':
-            return kleene_not(self.truth(f[2], step))
-        return CONNECTIVE[op](self.truth(f[1], step), self.truth(f[2], step))
+            return k_not(self.truth(f[2], step))
+        if op in REWRITE:
+            return self.truth(REWRITE[op](*f[1:]), step)
+        return {'and': k_and, 'or': k_or, 'xor': k_xor}[op](self.truth(f[1], step), self.truth(f[2], step))
 
 
-def kleene_not(a):
+def k_not(a):
     return None if a is None else not a
 
 
-def kleene_and(a, b):
-    if a is False or b is False:
-        return False
-    return None if a is None or b is None else True
+def k_and(a, b):
+    return False if a is False or b is False else None if a is None or b is None else True
 
 
-def kleene_or(a, b):
-    return kleene_not(kleene_and(kleene_not(a), kleene_not(b)))
+def k_or(a, b):
+    return k_not(k_and(k_not(a), k_not(b)))
 
 
-def kleene_xor(a, b):
+def k_xor(a, b):
     return None if a is None or b is None else a != b
 
-
-CONNECTIVE = {
-    'and': kleene_and, 'or': kleene_or, 'xor': kleene_xor,
-    'impl': lambda a, b: kleene_or(kleene_not(a), b),
-    'nxor': lambda a, b: kleene_not(kleene_xor(a, b)),
-    'nand': lambda a, b: kleene_not(kleene_and(a, b)),
-    'nor': lambda a, b: kleene_not(kleene_or(a, b)),
-}
-CONNECTIVE['->'] = CONNECTIVE['impl']
-CONNECTIVE['<->'] = CONNECTIVE['nxor']
 
 
 def exact_atom(case, atom):
     """Integer variables and integral constants only: Krait's preprocessing cannot round it."""
-    def walk(t):
-        if t[0] == 'var':
-            return case.var(t[1]).is_int
-        if t[0] == 'num':
-            v = value(case, t[1])
+    def exact(s):
+        if s[0] == 'var':
+            return case.var(s[1]).is_int
+        if s[0] == 'num':
+            v = value(case, s[1])
             return v.denominator == 1 and abs(v) < 2**50
-        if t[0] in ('nrt', 'exp', 'cos', 'sin'):
-            return False
-        return all(walk(c) for c in t[1:] if isinstance(c, tuple))
-    return all(walk(t) for t in atom[1:])
+        return s[0] not in ('nrt', 'exp', 'cos', 'sin')
+    return all(exact(s) for t in atom[1:] for s in nodes(t))
 
 
 def unwind(case, k):
@@ -265,35 +201,20 @@ def unwind(case, k):
     TARGET at k (a plain formula: its conjuncts at 0)."""
     if not case.bmc:
         return [(c, 0) for c in case.expr]
-    return ([(c, 0) for c in case.init] + [(c, i) for i in range(k) for c in case.trans] +
-            [(c, k) for c in case.target])
+    return [(c, 0) for c in case.init] + [(c, i) for i in range(k) for c in case.trans] + [(c, k) for c in case.target]
 
 
 def root_domains(conjuncts):
     """Krait asserts the radicand of every even root non-negative on its own, wherever the root
     occurs: (radicand >= 0, step) for each such root."""
-    out = []
-
-    def walk(t, step):
-        if t[0] == 'nrt' and t[2] % 2 == 0:
-            out.append((('rel', '>=', t[1], ('num', '0')), step))
-        for c in t[1:]:
-            if isinstance(c, tuple):
-                walk(c, step)
-    for f, step in conjuncts:
-        walk(f, step)
-    return out
+    return [(('rel', '>=', s[1], ZERO), step) for f, step in conjuncts for s in nodes(f) if s[0] == 'nrt' and s[2] % 2 == 0]
 
 
-def holds(case, k, box, loose=False, robust=True, with_domains=True):
-    """Three-valued truth of depth k's formula over the box (None: undecided)."""
-    ev = Evaluator(case, box, loose, robust)
-    conjuncts = unwind(case, k)
-    if with_domains:
-        conjuncts = conjuncts + root_domains(conjuncts)
-    result = True
-    for f, step in conjuncts:
-        result = kleene_and(result, ev.truth(f, step))
+def holds(case, k, box, loose=False, robust=True):
+    """Three-valued truth of depth k's formula with its root domains over the box (None: undecided)."""
+    ev, conjuncts, result = Evaluator(case, box, loose, robust), unwind(case, k), True
+    for f, step in conjuncts + root_domains(conjuncts):
+        result = k_and(result, ev.truth(f, step))
         if result is False:
             return False
     return result
@@ -306,30 +227,13 @@ def false_conjunct(case, k, box, robust=True):
     Krait drops a derived bound that improves on the current one by no more than min_bound_delta
     (an absolute distance), so the range of every subterm may stay that much too wide. In robust
     mode each subterm is widened by a few times that slack before anything is called false."""
-    slack = SLACK_FACTOR * bound_delta(case) if robust else 0
-    ev = Evaluator(case, box, loose=True, robust=robust, slack=slack)
-    for f, step in unwind(case, k):
-        if ev.truth(f, step) is False:
-            return f, step
-    return None
-
-
-def bound_delta(case):
     opts = case.options
-    return Fraction(float(opts[opts.index('--mbd') + 1])) if '--mbd' in opts else Fraction(1, 100)
+    delta = Fraction(float(opts[opts.index('--mbd') + 1])) if '--mbd' in opts else Fraction(1, 100)
+    ev = Evaluator(case, box, loose=True, robust=robust, slack=SLACK_FACTOR * delta if robust else 0)
+    return next(((f, step) for f, step in unwind(case, k) if ev.truth(f, step) is False), None)
 
 
 def instances(case, k):
     """Every (name, step) that depth k's formula mentions."""
-    seen = set()
-
-    def walk(t, step):
-        if t[0] in ('var', 'lit'):
-            v = case.var(t[1])
-            seen.add((t[1], 0 if v.static else step + int(t[2])))
-        for c in t[1:]:
-            if isinstance(c, tuple):
-                walk(c, step)
-    for f, step in unwind(case, k):
-        walk(f, step)
-    return sorted(seen)
+    return sorted({(s[1], 0 if case.var(s[1]).static else step + int(s[2]))
+                   for f, step in unwind(case, k) for s in nodes(f) if s[0] in ('var', 'lit')})

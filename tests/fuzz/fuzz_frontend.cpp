@@ -12,36 +12,23 @@
 #include "lang/symtab.hpp"
 #include "solver/solver.hpp"
 
-namespace {
-
-constexpr std::uint32_t max_depth = 2;
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  fuzz::run_input([&] {
-    std::unique_ptr<krait_solver> solver = fuzz::new_solver();
-    std::unique_ptr<hexpr> root = fuzz::parse(data, size);
-    if (root == nullptr) return;
-    switch (root->get_opname()) {
-      case HEXPR_FORMULA:
-        root->hexpr2krait(*solver, 0, 1);
-        break;
-      case HEXPR_PROOF_SPEC:
-        translate_part(*solver, *root, 0, 0);
-        for (std::uint32_t k = 0; k <= max_depth; ++k) {
-          if (k > 0) translate_part(*solver, *root, 1, k - 1);
-          solver->push_context();
-          symtab.new_frame();
-          translate_part(*solver, *root, 2, k);
-          solver->pop_context();
-          symtab.delete_last_frame();
-        }
-        break;
-      default:
-        error("Syntax error in input file.");
+  constexpr std::uint32_t max_depth = 2;
+  fuzz::run_input(data, size, [](krait_solver& solver, hexpr& root) {
+    if (root.get_opname() == HEXPR_FORMULA) {
+      root.hexpr2krait(solver, 0, 1);
+      return;
     }
-    fuzz::finish(std::move(solver), std::move(root));
+    if (root.get_opname() != HEXPR_PROOF_SPEC) error("Syntax error in input file.");
+    translate_part(solver, root, 0, 0);
+    for (std::uint32_t k = 0; k <= max_depth; ++k) {
+      if (k > 0) translate_part(solver, root, 1, k - 1);
+      solver.push_context();
+      symtab.new_frame();
+      translate_part(solver, root, 2, k);
+      solver.pop_context();
+      symtab.delete_last_frame();
+    }
   });
   return 0;
 }

@@ -5,13 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <iostream>
-#include <vector>
 
 #include "driver/run.hpp"
 #include "harness.hpp"
-#include "hexpr/hexpr_nodes.hpp"
-#include "lang/symtab.hpp"
 #include "solver/solver.hpp"
 
 namespace {
@@ -65,14 +61,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (size < header_size) return 0;
   const run_settings_t s = decode(data);
   if (fuzz::verbose()) print_command_line(s);
-  fuzz::run_input([&] {
-    std::unique_ptr<krait_solver> solver = fuzz::new_solver();
-    configure_solver(*solver, s);
-    solver->step_budget = step_budget;
-    std::unique_ptr<hexpr> root = fuzz::parse(data + header_size, size - header_size);
-    if (root == nullptr) return;
-    check_input(*solver, root.get(), s);
-    fuzz::finish(std::move(solver), std::move(root));
+  fuzz::run_input(data + header_size, size - header_size, [&](krait_solver& solver, hexpr& root) {
+    configure_solver(solver, s);
+    solver.step_budget = step_budget;
+    check_input(solver, &root, s);
   });
   return 0;
 }
