@@ -1,0 +1,18 @@
+; family: booleans
+; expected: sat
+(set-logic QF_NRA)
+(declare-const x Real)
+(declare-const y Real)
+(declare-fun z () Real)
+(declare-fun b0 () Bool)
+(declare-fun b1 () Bool)
+(assert (and (>= x (- 3.0)) (<= x (- 1.0))))
+(assert (<= 0.75 y 4.75))
+(assert (<= (- 2.0) z 0.25))
+(assert (= (< (+ (* y z) x) (- 4.5703125)) (not (not (<= (- (* y y) (* z x)) 23.3125)))))
+(assert (or (not b1) b0 (>= (* (+ z y) x) (- 15.0))))
+(assert (xor (<= (- (* y y) (* z x)) 23.3125) b0))
+(assert (or (not (< (* (+ x y) z) (- 7.5))) (not (< (+ (* y z) x) (- 4.5703125))) (not (>= (* y y) 22.5625))))
+(assert (=> (and (not b0) b1) (>= (* (+ z y) x) (- 15.0))))
+(check-sat)
+(exit)

@@ -1,0 +1,18 @@
+; family: booleans
+; expected: sat
+(set-logic QF_NRA)
+(declare-const x Real)
+(declare-const y Real)
+(declare-const z Real)
+(declare-fun b0 () Bool)
+(declare-const b1 Bool)
+(assert (and (>= x (- 2.75)) (<= x (- 0.5))))
+(assert (and (>= y 0.5) (<= y 2.25)))
+(assert (and (>= z (- 1.75)) (<= z (- 0.25))))
+(assert (or (< (* y x) (- 6.1875)) (not (>= (* (+ y z) x) (- 5.5))) b0))
+(assert (=> (and (not (> (* x y) (- 0.25))) (not (< (* (+ z x) y) (- 10.125)))) b0))
+(assert (or (not (>= (* (+ y z) x) (- 5.5))) (not (< (* (+ z x) y) (- 10.125))) (< (* (+ x z) y) (- 10.125))))
+(assert (xor b0 (not (> (* z z) 0.0625))))
+(assert (=> (not (>= (* y z) (- 2.03125))) (>= (* x z) 0.125)))
+(check-sat)
+(exit)

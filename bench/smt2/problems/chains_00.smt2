@@ -1,0 +1,15 @@
+; family: chains
+; expected: sat
+(set-logic QF_NRA)
+(declare-const x Real)
+(declare-const y Real)
+(declare-const z Real)
+(assert (<= 1.0 x 1.75))
+(assert (>= y 1.0))
+(assert (<= y 1.75))
+(assert (>= z 1.0))
+(assert (<= z 1.75))
+(assert (<= 1.0 x y z 1.75))
+(assert (= (* x y z) 5.359375))
+(check-sat)
+(exit)

@@ -1,0 +1,17 @@
+; family: chains
+; expected: sat
+(set-logic QF_NIA)
+(declare-const a Int)
+(declare-fun b () Int)
+(declare-const c Int)
+(declare-const d Int)
+(assert (and (>= a 2) (<= a 8)))
+(assert (<= 2 b 8))
+(assert (<= 2 c 8))
+(assert (>= d 2))
+(assert (<= d 8))
+(assert (<= 2 a b c d 8))
+(assert (distinct a b c d))
+(assert (= (* a b c d) 1120))
+(check-sat)
+(exit)

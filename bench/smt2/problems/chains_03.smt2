@@ -1,0 +1,16 @@
+; family: chains
+; expected: unsat
+(set-logic QF_NIA)
+(declare-fun a () Int)
+(declare-const b Int)
+(declare-fun c () Int)
+(declare-const d Int)
+(assert (and (>= a 1) (<= a 9)))
+(assert (and (>= b 1) (<= b 9)))
+(assert (and (>= c 1) (<= c 9)))
+(assert (<= 1 d 9))
+(assert (<= 1 a b c d 9))
+(assert (distinct a b c d))
+(assert (= (* a b c d) 123))
+(check-sat)
+(exit)

@@ -1,0 +1,15 @@
+; family: chains
+; expected: unsat
+(set-logic QF_NRA)
+(declare-fun x () Real)
+(declare-const y Real)
+(declare-fun z () Real)
+(assert (>= x 0.0))
+(assert (<= x 2.75))
+(assert (>= y 0.0))
+(assert (<= y 2.75))
+(assert (and (>= z 0.0) (<= z 2.75)))
+(assert (<= 0.0 x y z 2.75))
+(assert (= (* x y z) 20.797875))
+(check-sat)
+(exit)

@@ -1,0 +1,17 @@
+; family: chains
+; expected: sat
+(set-logic QF_NIA)
+(declare-fun a () Int)
+(declare-const b Int)
+(declare-fun c () Int)
+(declare-const d Int)
+(assert (<= 1 a 8))
+(assert (<= 1 b 8))
+(assert (>= c 1))
+(assert (<= c 8))
+(assert (<= 1 d 8))
+(assert (<= 1 a b c d 8))
+(assert (distinct a b c d))
+(assert (= (* a b c d) 1120))
+(check-sat)
+(exit)

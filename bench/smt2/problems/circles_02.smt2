@@ -1,0 +1,11 @@
+; family: circles
+; expected: sat
+(set-logic QF_NRA)
+(declare-fun x () Real)
+(declare-const y Real)
+(assert (<= (- 10.0) x 10.0))
+(assert (and (>= y (- 10.0)) (<= y 10.0)))
+(assert (= y (+ (* x x) 4.0)))
+(assert (= (+ (* x x) (* (- y 3.0) (- y 3.0))) 9.0))
+(check-sat)
+(exit)

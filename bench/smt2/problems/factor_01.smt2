@@ -1,0 +1,15 @@
+; family: factor
+; expected: unsat
+(set-logic QF_NIA)
+(declare-const a Int)
+(declare-fun b () Int)
+(declare-const c Int)
+(assert (and (>= a 6) (<= a 38)))
+(assert (>= b 6))
+(assert (<= b 38))
+(assert (>= c 6))
+(assert (<= c 38))
+(assert (= (* a b c) 1401))
+(assert (<= a b c))
+(check-sat)
+(exit)

@@ -1,0 +1,18 @@
+; family: logistic
+; expected: unsat
+(set-logic QF_NRA)
+(declare-fun x0 () Real)
+(declare-fun x1 () Real)
+(declare-const x2 Real)
+(declare-const x3 Real)
+(assert (and (>= x0 0.0) (<= x0 1.0)))
+(assert (and (>= x1 0.0) (<= x1 1.0)))
+(assert (<= 0.0 x2 1.0))
+(assert (and (>= x3 0.0) (<= x3 1.0)))
+(assert (and (>= x0 0.2) (<= x0 0.3)))
+(assert (= x1 (* 3.7 x0 (- 1.0 x0))))
+(assert (= x2 (* 3.7 x1 (- 1.0 x1))))
+(assert (= x3 (* 3.7 x2 (- 1.0 x2))))
+(assert (> x3 0.925))
+(check-sat)
+(exit)

@@ -1,0 +1,18 @@
+; family: pigeons
+; expected: sat
+; 4 pigeons, 4 holes, distinct by product
+(set-logic QF_NIA)
+(declare-const h0 Int)
+(declare-const h1 Int)
+(declare-fun h2 () Int)
+(declare-const h3 Int)
+(assert (>= h0 1))
+(assert (<= h0 4))
+(assert (<= 1 h1 4))
+(assert (>= h2 1))
+(assert (<= h2 4))
+(assert (>= h3 1))
+(assert (<= h3 4))
+(assert (not (= (* (- h0 h1) (- h0 h2) (- h0 h3) (- h1 h2) (- h1 h3) (- h2 h3)) 0)))
+(check-sat)
+(exit)

@@ -1,0 +1,21 @@
+; family: pigeons
+; expected: unsat
+; 4 pigeons, 3 holes, distinct by abs
+(set-logic QF_NIA)
+(declare-fun h0 () Int)
+(declare-const h1 Int)
+(declare-const h2 Int)
+(declare-const h3 Int)
+(assert (<= 1 h0 3))
+(assert (>= h1 1))
+(assert (<= h1 3))
+(assert (<= 1 h2 3))
+(assert (<= 1 h3 3))
+(assert (>= (abs (- h0 h1)) 1))
+(assert (>= (abs (- h0 h2)) 1))
+(assert (>= (abs (- h0 h3)) 1))
+(assert (>= (abs (- h1 h2)) 1))
+(assert (>= (abs (- h1 h3)) 1))
+(assert (>= (abs (- h2 h3)) 1))
+(check-sat)
+(exit)

@@ -1,0 +1,21 @@
+; family: pigeons
+; expected: sat
+; 4 pigeons, 4 holes, distinct by abs
+(set-logic QF_NIA)
+(declare-const h0 Int)
+(declare-const h1 Int)
+(declare-fun h2 () Int)
+(declare-fun h3 () Int)
+(assert (and (>= h0 1) (<= h0 4)))
+(assert (<= 1 h1 4))
+(assert (and (>= h2 1) (<= h2 4)))
+(assert (>= h3 1))
+(assert (<= h3 4))
+(assert (>= (abs (- h0 h1)) 1))
+(assert (>= (abs (- h0 h2)) 1))
+(assert (>= (abs (- h0 h3)) 1))
+(assert (>= (abs (- h1 h2)) 1))
+(assert (>= (abs (- h1 h3)) 1))
+(assert (>= (abs (- h2 h3)) 1))
+(check-sat)
+(exit)

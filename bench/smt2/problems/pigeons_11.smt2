@@ -1,0 +1,23 @@
+; family: pigeons
+; expected: unsat
+; 4 pigeons, 3 holes, distinct by square
+(set-logic QF_NIA)
+(declare-const h0 Int)
+(declare-fun h1 () Int)
+(declare-fun h2 () Int)
+(declare-const h3 Int)
+(assert (>= h0 1))
+(assert (<= h0 3))
+(assert (>= h1 1))
+(assert (<= h1 3))
+(assert (>= h2 1))
+(assert (<= h2 3))
+(assert (<= 1 h3 3))
+(assert (> (* (- h0 h1) (- h0 h1)) 0))
+(assert (> (* (- h0 h2) (- h0 h2)) 0))
+(assert (> (* (- h0 h3) (- h0 h3)) 0))
+(assert (> (* (- h1 h2) (- h1 h2)) 0))
+(assert (> (* (- h1 h3) (- h1 h3)) 0))
+(assert (> (* (- h2 h3) (- h2 h3)) 0))
+(check-sat)
+(exit)

@@ -1,0 +1,20 @@
+; family: pigeons
+; expected: sat
+; 5 pigeons, 5 holes, distinct by product
+(set-logic QF_NIA)
+(declare-const h0 Int)
+(declare-const h1 Int)
+(declare-fun h2 () Int)
+(declare-const h3 Int)
+(declare-fun h4 () Int)
+(assert (and (>= h0 1) (<= h0 5)))
+(assert (>= h1 1))
+(assert (<= h1 5))
+(assert (>= h2 1))
+(assert (<= h2 5))
+(assert (>= h3 1))
+(assert (<= h3 5))
+(assert (<= 1 h4 5))
+(assert (not (= (* (- h0 h1) (- h0 h2) (- h0 h3) (- h0 h4) (- h1 h2) (- h1 h3) (- h1 h4) (- h2 h3) (- h2 h4) (- h3 h4)) 0)))
+(check-sat)
+(exit)

@@ -1,0 +1,15 @@
+; family: products
+; expected: unsat
+(set-logic QF_NRA)
+(declare-fun x () Real)
+(declare-fun y () Real)
+(declare-const z Real)
+(assert (>= x 0.75))
+(assert (<= x 2.75))
+(assert (>= y 1.25))
+(assert (<= y 2.0))
+(assert (>= z 1.75))
+(assert (<= z 3.75))
+(assert (= (* (+ x y 1.0) (+ y z 0.0) (+ z x 1.0)) 31.499999))
+(check-sat)
+(exit)
