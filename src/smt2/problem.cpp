@@ -62,14 +62,17 @@ interval hull(const interval& a, const interval& b) {
   return r;
 }
 
+mpq_class power_of(const mpq_class& x, unsigned long n) {
+  mpq_class p;
+  mpz_pow_ui(p.get_num_mpz_t(), x.get_num_mpz_t(), n);
+  mpz_pow_ui(p.get_den_mpz_t(), x.get_den_mpz_t(), n);
+  return p;
+}
+
 // A rational not below (above, if `up` is false) the n-th root of q >= 0.
 mpq_class root_bound(const mpq_class& q, unsigned long n, bool up) {
   double r = std::pow(q.get_d(), 1.0 / static_cast<double>(n));
-  auto power = [n](const mpq_class& x) {
-    mpq_class p = 1;
-    for (unsigned long i = 0; i < n; ++i) p *= x;
-    return p;
-  };
+  const auto power = [n](const mpq_class& x) { return power_of(x, n); };
   for (int i = 0; i < 64; ++i) {
     const mpq_class candidate(r);
     if (up ? power(candidate) >= q : (candidate >= 0 && power(candidate) <= q)) return candidate;
@@ -78,14 +81,9 @@ mpq_class root_bound(const mpq_class& q, unsigned long n, bool up) {
   return up ? q + 1 : mpq_class(0);
 }
 
-mpq_class power_of(const mpq_class& x, unsigned long n) {
-  mpq_class p = 1;
-  for (unsigned long i = 0; i < n; ++i) p *= x;
-  return p;
-}
-
 interval power(const interval& a, unsigned long n) {
   if (n == 0) return {mpq_class(1), mpq_class(1)};
+  if (n > 64) return {};  // exact ends of such powers grow too long to be of use
   if (n % 2 == 1) return {a.lo ? bound(power_of(*a.lo, n)) : std::nullopt, a.hi ? bound(power_of(*a.hi, n)) : std::nullopt};
   // Even: the smallest magnitude to the largest.
   interval r;
@@ -206,7 +204,7 @@ class range_finder {
       case op::power: {
         const unsigned long n = t.exponent;
         if (n == 1) backward(*t.args[0], want);
-        if (n < 2) break;
+        if (n < 2 || n > 64) break;
         if (n % 2 == 0) {
           if (want.hi && *want.hi >= 0) {
             const mpq_class r = root_bound(*want.hi, n, true);
@@ -344,7 +342,55 @@ class writer {
     for (const std::string& n : names) used_.insert(n);
   }
 
+  // Counts the uses of every subterm: `let` and defined functions share them, and a shared
+  // subterm written out at every use could grow the text exponentially.
+  void count(const term& t) {
+    if (++uses_[&t] > 1) return;
+    for (const term_ref& a : t.args) count(*a);
+  }
+
   std::string formula(const term& t) {
+    if (shared(t)) {
+      return name_of(t, "boole ", [&](const std::string& v) { return "(" + v + " <-> " + formula_text(t) + ")"; });
+    }
+    return formula_text(t);
+  }
+
+  std::string arith(const term& t) {
+    if (shared(t)) {
+      const interval r = finder_.forward(t);
+      if (r.lo && r.hi) {
+        return name_of(t, "", [&](const std::string& v) {
+          declare_range(v, r);
+          return "(" + v + " = " + arith_text(t) + ")";
+        });
+      }
+    }
+    return arith_text(t);
+  }
+
+  std::vector<std::string> declarations, definitions;
+
+ private:
+  // Quotients and ite become variables of their own anyway.
+  bool shared(const term& t) const {
+    if (t.args.empty() || t.kind == op::divide || (t.kind == op::ite && t.type != sort::boolean)) return false;
+    const auto u = uses_.find(&t);
+    return u != uses_.end() && u->second > 1;
+  }
+
+  // The variable that stands for a shared subterm, made at its first use.
+  template <typename Define>
+  std::string name_of(const term& t, const char* boolean_type, const Define& define) {
+    if (const auto known = shared_names_.find(&t); known != shared_names_.end()) return known->second;
+    const std::string v = fresh("let_");
+    shared_names_.emplace(&t, v);
+    if (*boolean_type != '\0') declarations.push_back(std::string(boolean_type) + v);
+    definitions.push_back(define(v));
+    return v;
+  }
+
+  std::string formula_text(const term& t) {
     switch (t.kind) {
       case op::variable: return names_[static_cast<std::size_t>(t.var)];
       case op::truth: return t.value != 0 ? "true" : "false";
@@ -368,7 +414,7 @@ class writer {
     }
   }
 
-  std::string arith(const term& t) {
+  std::string arith_text(const term& t) {
     switch (t.kind) {
       case op::variable: return names_[static_cast<std::size_t>(t.var)];
       case op::number: return number(t.value);
@@ -390,9 +436,6 @@ class writer {
     }
   }
 
-  std::vector<std::string> declarations, definitions;
-
- private:
   std::string binary(const term& t, const char* connective, bool boolean) {
     const std::string a = boolean ? formula(*t.args[0]) : arith(*t.args[0]);
     const std::string b = boolean ? formula(*t.args[1]) : arith(*t.args[1]);
@@ -406,7 +449,7 @@ class writer {
     }
   }
 
-  void declare(const std::string& name, const interval& range) {
+  void declare_range(const std::string& name, const interval& range) {
     if (!range.lo || !range.hi) throw std::runtime_error("no finite range for the helper variable " + name);
     declarations.push_back("float [" + range_end(*range.lo, true) + ", " + range_end(*range.hi, false) + "] " + name);
   }
@@ -429,7 +472,7 @@ class writer {
         const mpz_class& d = magnitude.get_den();
         if (!exact_double_text(n) || !exact_double_text(d)) throw std::runtime_error("the number " + q.get_str() + " is too large");
         text = fresh("c_");
-        declare(text, {double_toward(magnitude, true), double_toward(magnitude, false)});
+        declare_range(text, {double_toward(magnitude, true), double_toward(magnitude, false)});
         definitions.push_back("(" + *exact_double_text(d) + " * " + text + ") = " + *exact_double_text(n));
         constants_.emplace(magnitude, text);
       }
@@ -443,7 +486,7 @@ class writer {
     if (exact_double_text(abs(inverse))) return "(" + arith(*t.args[0]) + " * " + number(inverse) + ")";
     // a / (n/d) = q exactly when n * q = d * a.
     const std::string q = fresh("q_");
-    declare(q, finder_.forward(t));
+    declare_range(q, finder_.forward(t));
     const mpq_class& c = t.args[1]->value;
     definitions.push_back("(" + number(c.get_num()) + " * " + q + ") = (" + number(c.get_den()) + " * " + arith(*t.args[0]) + ")");
     helpers_.emplace(&t, q);
@@ -454,7 +497,7 @@ class writer {
     if (const auto known = helpers_.find(&t); known != helpers_.end()) return known->second;
     const std::string v = fresh("ite_");
     helpers_.emplace(&t, v);
-    declare(v, finder_.forward(t));
+    declare_range(v, finder_.forward(t));
     const std::string c = formula(*t.args[0]);
     definitions.push_back("(" + c + " -> (" + v + " = " + arith(*t.args[1]) + ")) and ((not " + c + ") -> (" + v + " = " +
                           arith(*t.args[2]) + "))");
@@ -466,6 +509,8 @@ class writer {
   std::set<std::string> used_;
   std::map<mpq_class, std::string> constants_;
   std::map<const term*, std::string> helpers_;  // a shared subterm gets one variable
+  std::map<const term*, int> uses_;
+  std::map<const term*, std::string> shared_names_;
   int counter_ = 0;
 };
 
@@ -539,8 +584,9 @@ problem build_problem(const std::vector<term_ref>& assertions, const symbols& ta
   for (const auto& [name, index] : table.constants) out.declared.push_back(index);
   std::sort(out.declared.begin(), out.declared.end());
 
-  // Ranges as the script writes them: the assertions made of bounds alone. Ends they leave
-  // open come from all relations, as far as sound narrowing reaches.
+  // Ranges as the script writes them: each end from the first assertion made of bounds alone
+  // that bounds it (later ones stay constraints, as a formula's own bounds must). Ends they
+  // leave open come from all relations, as far as sound narrowing reaches.
   std::vector<interval> ranges(table.declared.size());
   std::vector<std::vector<simple_bound>> written(assertions.size());
   std::vector<bool> pure(assertions.size(), false);
@@ -549,7 +595,7 @@ problem build_problem(const std::vector<term_ref>& assertions, const symbols& ta
     if (!pure[a]) continue;
     for (const simple_bound& b : written[a]) {
       std::optional<mpq_class>& end = b.lower ? ranges[static_cast<std::size_t>(b.var)].lo : ranges[static_cast<std::size_t>(b.var)].hi;
-      if (!end || (b.lower ? b.value > *end : b.value < *end)) end = b.value;
+      if (!end) end = b.value;
     }
   }
   const std::vector<interval> implied = implied_ranges(assertions, table);
@@ -600,6 +646,7 @@ problem build_problem(const std::vector<term_ref>& assertions, const symbols& ta
   out.names.assign(table.declared.size(), "");
   name_constants(table, out);
   writer w(table, ranges, out.names);
+  for (const term_ref& a : assertions) w.count(*a);
   std::vector<std::string> body;
   for (std::size_t a = 0; a < assertions.size(); ++a) {
     if (pure[a] && std::all_of(written[a].begin(), written[a].end(), implied_by_range)) continue;

@@ -118,8 +118,9 @@ struct evaluator {
       case op::abs: return abs(at(0));
       case op::power: {
         const mpq_class b = at(0);
-        mpq_class p = 1;
-        for (unsigned long i = 0; i < t.exponent; ++i) p *= b;
+        mpq_class p;
+        mpz_pow_ui(p.get_num_mpz_t(), b.get_num_mpz_t(), t.exponent);
+        mpz_pow_ui(p.get_den_mpz_t(), b.get_den_mpz_t(), t.exponent);
         return p;
       }
       case op::exp:

@@ -31,7 +31,9 @@ case "$mode" in
     KRAIT_FUZZ_TWICE=1 exec "$binary" "${common[@]}" -runs=0 "$here/corpus/$name" ;;
   fuzz)
     mkdir -p "$work/artifacts" "$work/corpus-$name"
-    exec "$binary" "${common[@]}" -dict="$here/krait.dict" -max_total_time="${KRAIT_FUZZ_SECONDS:-60}" \
+    dict="$here/krait.dict"
+    [ -f "$here/$name.dict" ] && dict="$here/$name.dict"
+    exec "$binary" "${common[@]}" -dict="$dict" -max_total_time="${KRAIT_FUZZ_SECONDS:-60}" \
       -print_final_stats=1 "$work/corpus-$name" "$here/corpus/$name" ;;
   after)
     alone=$(report_of_input "$name/input")

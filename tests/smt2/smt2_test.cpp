@@ -94,9 +94,10 @@ TEST(Elaboration, TermsBecomeTheLanguagesFormulae) {
   EXPECT_EQ(f.body({"(<= (- 1.5) x 2)", "(and (<= 0 y) (<= y 3))", "(<= (- 3) n 7)",
                     "(=> b (< x y n))", "(= b (> x 0) (! (distinct x y n) :named d))",
                     "(let ((x y) (y x)) (= (- x y 1) (- x)))"}),
-            "  float [-1.5, 2] x;\n  float [0, 3] y;\n  int [-3, 7] n;\n  boole b;\nEXPR\n"
+            "  float [-1.5, 2] x;\n  float [0, 3] y;\n  int [-3, 7] n;\n  boole b;\n  boole let_1;\nEXPR\n"
+            "  (let_1 <-> (x > 0));\n"  // shared by two links of the chain: written once
             "  (b -> ((x < y) and (y < n)));\n"
-            "  ((b <-> (x > 0)) and ((x > 0) <-> (((x != y) and (x != n)) and (y != n))));\n"
+            "  ((b <-> let_1) and (let_1 <-> (((x != y) and (x != n)) and (y != n))));\n"
             "  (((y - x) - 1) = (-y));\n");
   // Numbers a double cannot hold become pinned variables, quotients by such numbers too, and an
   // arithmetic ite a variable with both branches as its definition.

@@ -1,0 +1,5 @@
+(declare-const x Real)
+(assert (<= 0 x 1))
+(assert (let ((a (+ x x))) (let ((b (* a a))) (let ((c (+ b b))) (let ((p (> c 1))) (and p (or p (< c 3))))))))
+(check-sat)
+(get-model)

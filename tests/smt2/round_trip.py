@@ -1,0 +1,105 @@
+#!/usr/bin/env python3
+"""Round trips: a Krait input written as SMT-LIB by krait-smt2 --from-krait and read back by
+--to-krait must give the same answer, and the same report (statistics and solution) where every
+number of the input is a double and it uses no min, max or nrt: numbers no double holds come back
+as variables pinned by equations, which the search then encloses, and min, max and nrt, which
+SMT-LIB lacks, as variables their definitions pin; only the answer is compared for those.
+Inputs with integers beyond what a double holds exactly cannot be written exactly: listed apart.
+
+    round_trip.py KRAIT KRAIT_SMT2 FILE...
+
+A transition system is unwound to the depth its own run ends at. Exit status 1 on a difference."""
+import re
+import subprocess
+import sys
+import tempfile
+from fractions import Fraction
+from pathlib import Path
+
+
+def run(args):
+    return subprocess.run(args, capture_output=True, text=True, timeout=600)
+
+
+def options(path):
+    first = path.read_text().splitlines()[0]
+    given = first[len('-- options:'):].split() if first.startswith('-- options:') else []
+    # A system unwound until it is satisfied may never end: six steps at most unless said.
+    if re.search(r'^\s*TRANS\b', path.read_text(), re.M) and '--max_depth' not in given:
+        given += ['--max_depth', '6']
+    return given
+
+
+def report(krait, path, extra=()):
+    """Everything from the first RESULT on, CPU times and the reading line dropped."""
+    out = run([krait, *options(path), *extra, str(path)]).stdout
+    lines = out.splitlines()
+    start = next((i for i, line in enumerate(lines) if line.startswith('SETTINGS:')), 0)
+    return [line for line in lines[start:] if 'time solver' not in line]
+
+
+def doubles_only(text):
+    """Whether every number the input writes is held exactly by a double."""
+    body = '\n'.join(line.split('--')[0] for line in text.splitlines())
+    for number in re.findall(r'\b\d+\.\d+(?:e[+-]?\d+)?|\b\d+e[+-]?\d+|\b\d+\b', body):
+        value = Fraction(number)
+        if Fraction(float(value)) != value:
+            return False
+    return True
+
+
+def answers(lines):
+    return [line.strip() for line in lines if line.strip() in ('unsatisfiable', 'candidate solution box found')]
+
+
+def main():
+    krait, smt2, files = sys.argv[1], sys.argv[2], [Path(f) for f in sys.argv[3:]]
+    failures = same_report = same_answer = too_large = 0
+    with tempfile.TemporaryDirectory() as tmp:
+        for path in files:
+            text = path.read_text()
+            system = re.search(r'^\s*TRANS\b', text, re.M) is not None
+            original = report(krait, path)
+            if not answers(original):
+                continue  # an input the program refuses says nothing about conversion
+            depth = []
+            if system:
+                depths = [int(k) for k in re.findall(r'^    k = (\d+)$', '\n'.join(original), re.M)]
+                depth = ['--depth', str(depths[-1])]
+            written = run([smt2, '--from-krait', str(path), *depth])
+            back = Path(tmp) / path.name
+            read = subprocess.run([smt2, '--to-krait', '/dev/stdin'], input=written.stdout, capture_output=True, text=True)
+            if written.returncode or read.returncode:
+                if 'is too large' in read.stderr:
+                    print(f'{path}: not convertible exactly (integers beyond 2^53 that no double holds)')
+                    too_large += 1
+                    continue
+                print(f'{path}: conversion failed: {written.stderr}{read.stderr}')
+                failures += 1
+                continue
+            # The options line comes along, so that both searches run with the same settings.
+            head = text.splitlines()[0] + '\n' if text.startswith('-- options:') else ''
+            back.write_text(head + read.stdout)
+            again = report(krait, back)
+            want = answers(original)[-1:] if system else answers(original)
+            if answers(again) != want:
+                print(f'{path}: answer {answers(again)} after the round trip, {want} before')
+                failures += 1
+            elif system or not doubles_only(text) or re.search(r'\b(min|max|nrt)\s*\(', text):
+                same_answer += 1
+            elif again != original:
+                print(f'{path}: the report differs after the round trip')
+                for a, b in zip(original, again):
+                    if a != b:
+                        print(f'    before: {a}\n    after:  {b}')
+                        break
+                failures += 1
+            else:
+                same_report += 1
+    print(f'{same_report + same_answer + too_large + failures} inputs: {same_report} with the same report, {same_answer} with the same answer '
+          f'(unwound systems, numbers no double holds, min, max, nrt), {too_large} not convertible, {failures} failing')
+    return 1 if failures else 0
+
+
+if __name__ == '__main__':
+    sys.exit(main())
