@@ -91,8 +91,9 @@ class writer {
         const std::string r = "root_" + std::to_string(roots_.size() + 1);
         const bool even = mpz_even_p(n.exponent.get_mpz_t());
         roots_.push_back(r);
-        definitions_.push_back(even ? "(=> (>= " + radicand + " 0) (and (>= " + r + " 0) (= (^ " + r + " " +
-                                          n.exponent.get_str() + ") " + radicand + ")))"
+        // Below 0 an even root is pinned to 0, where the guards make its relations false.
+        definitions_.push_back(even ? "(and (>= " + r + " 0) (= (^ " + r + " " + n.exponent.get_str() + ") (ite (>= " +
+                                          radicand + " 0) " + radicand + " 0)))"
                                     : "(= (^ " + r + " " + n.exponent.get_str() + ") " + radicand + ")");
         if (even) guards_.push_back("(>= " + radicand + " 0)");
         return r;

@@ -1,6 +1,7 @@
 // From assertions to a problem in the input language.
 #include "smt2/problem.hpp"
 
+#include <cfloat>
 #include <charconv>
 #include <cmath>
 #include <map>
@@ -72,6 +73,7 @@ mpq_class power_of(const mpq_class& x, unsigned long n) {
 // A rational not below (above, if `up` is false) the n-th root of q >= 0.
 mpq_class root_bound(const mpq_class& q, unsigned long n, bool up) {
   double r = std::pow(q.get_d(), 1.0 / static_cast<double>(n));
+  if (!std::isfinite(r)) return up ? mpq_class(std::max(q, mpq_class(1))) : mpq_class(0);
   const auto power = [n](const mpq_class& x) { return power_of(x, n); };
   for (int i = 0; i < 64; ++i) {
     const mpq_class candidate(r);
@@ -98,11 +100,30 @@ bool is_square(const term& t) {
          t.args[0]->var == t.args[1]->var;
 }
 
-// The double next to a rational, on the side asked for, as a rational.
-mpq_class double_toward(const mpq_class& q, bool down) {
-  double d = q.get_d();  // truncated toward zero
+// The double a rational is, if it is one.
+std::optional<double> exact_double(const mpq_class& q) {
+  const double d = q.get_d();
+  if (!std::isfinite(d) || mpq_class(d) != q) return std::nullopt;
+  return d;
+}
+
+// The finite double next to a rational on the side asked for; none beyond the largest double.
+std::optional<double> double_beside(const mpq_class& q, bool down) {
+  double d = q.get_d();  // truncated toward zero; infinite beyond the doubles
+  if (!std::isfinite(d)) {
+    if (down ? q > 0 : q < 0) return down ? DBL_MAX : -DBL_MAX;
+    return std::nullopt;
+  }
   if (down ? mpq_class(d) > q : mpq_class(d) < q) d = std::nextafter(d, down ? -HUGE_VAL : HUGE_VAL);
-  return mpq_class(d);
+  if (!std::isfinite(d)) return std::nullopt;
+  return d;
+}
+
+// The same as a rational, for ends that must exist.
+mpq_class double_toward(const mpq_class& q, bool down) {
+  const std::optional<double> d = double_beside(q, down);
+  if (!d) throw std::runtime_error("the number " + q.get_str() + " lies beyond the doubles");
+  return mpq_class(*d);
 }
 
 // ---- Ranges implied by the top-level assertions ----
@@ -228,8 +249,9 @@ class range_finder {
   void narrow(int var, interval want) {
     interval& r = ranges_[static_cast<std::size_t>(var)];
     // Ends are kept as doubles, rounded outward, so that repeated narrowing stays cheap.
-    if (want.lo) want.lo = double_toward(*want.lo, true);
-    if (want.hi) want.hi = double_toward(*want.hi, false);
+    // An end beyond the doubles bounds nothing the search can use.
+    if (want.lo) want.lo = double_beside(*want.lo, true);
+    if (want.hi) want.hi = double_beside(*want.hi, false);
     if (table_.declared[static_cast<std::size_t>(var)].type == sort::integer) {
       if (want.lo) want.lo = mpq_class(mpz_class(ceil_of(*want.lo)));
       if (want.hi) want.hi = mpq_class(mpz_class(-ceil_of(-*want.hi)));
@@ -313,8 +335,9 @@ bool plain_name(const std::string& s) {
 
 // A rational a double holds exactly, as an exact decimal; nothing otherwise.
 std::optional<std::string> exact_double_text(const mpq_class& q) {
-  if (mpq_class(q.get_d()) != q) return std::nullopt;
-  return exact_decimal(q.get_d());
+  const std::optional<double> d = exact_double(q);
+  if (!d) return std::nullopt;
+  return exact_decimal(*d);
 }
 
 // A declared end: on the outer side of `q` both as written and as the double it reads as.
@@ -322,8 +345,8 @@ std::string range_end(const mpq_class& q, bool lower) {
   char buffer[64];
   auto shortest = [&](double d) { return std::string(buffer, std::to_chars(buffer, buffer + sizeof buffer, d).ptr); };
   // A double with a short exact expansion is written exactly.
-  if (mpq_class(q.get_d()) == q) {
-    const std::string exact = exact_decimal(q.get_d());
+  if (const std::optional<double> d = exact_double(q)) {
+    const std::string exact = exact_decimal(*d);
     if (exact.size() <= 24) return exact;
   }
   // One double beyond the outward rounding: its shortest text lies within half a step of it.
@@ -575,7 +598,8 @@ struct declared_end {
 declared_end write_end(const mpq_class& q, bool lower, sort type) {
   if (type == sort::integer) return {integer_end(q, lower), abs(q) < mpq_class(0x1p53)};
   const std::string text = range_end(q, lower);
-  return {text, mpq_class(q.get_d()) == q && text == exact_decimal(q.get_d())};
+  const std::optional<double> d = exact_double(q);
+  return {text, d && text == exact_decimal(*d)};
 }
 
 problem build_problem(const std::vector<term_ref>& assertions, const symbols& table,

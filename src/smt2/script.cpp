@@ -19,11 +19,20 @@ std::string plain_toward(const mpq_class& q, int digits, bool down) {
   if (q == 0) return "0.0";
   const bool negative = q < 0;
   mpq_class a = abs(q);
-  // a = m * 10^e with 10^(digits-1) <= m < 10^digits.
-  long e = static_cast<long>(std::floor(std::log10(a.get_d()))) - (digits - 1);
-  mpz_class scale;
-  mpz_ui_pow_ui(scale.get_mpz_t(), 10, static_cast<unsigned long>(std::labs(e)));
-  const mpq_class m = e >= 0 ? mpq_class(a / scale) : mpq_class(a * scale);
+  // a = m * 10^e with 10^(digits-1) <= m < 10^digits; the digit counts give e within one.
+  long e = static_cast<long>(mpz_sizeinbase(a.get_num_mpz_t(), 10)) - static_cast<long>(mpz_sizeinbase(a.get_den_mpz_t(), 10)) -
+           (digits - 1);
+  auto scaled = [&](long exponent) {
+    mpz_class scale;
+    mpz_ui_pow_ui(scale.get_mpz_t(), 10, static_cast<unsigned long>(std::labs(exponent)));
+    return exponent >= 0 ? mpq_class(a / scale) : mpq_class(a * scale);
+  };
+  mpz_class low, high;
+  mpz_ui_pow_ui(low.get_mpz_t(), 10, static_cast<unsigned long>(digits - 1));
+  high = low * 10;
+  mpq_class m = scaled(e);
+  while (m >= high) m = scaled(++e);
+  while (m < low) m = scaled(--e);
   mpz_class whole;
   // Toward minus infinity for the signed value: away from zero for a negative one.
   if (down != negative) {
@@ -128,7 +137,8 @@ struct evaluator {
       case op::cos: {
         approximate = true;
         const double x = at(0).get_d();
-        return mpq_class(t.kind == op::exp ? std::exp(x) : t.kind == op::sin ? std::sin(x) : std::cos(x));
+        const double v = t.kind == op::exp ? std::exp(x) : t.kind == op::sin ? std::sin(x) : std::cos(x);
+        return std::isfinite(v) ? mpq_class(v) : mpq_class(0);  // a rough value; printed ones are enclosed
       }
     }
     return 0;
@@ -290,7 +300,9 @@ void script::set_option(const sexpr& c) {
     settings_.random_seed = std::stoi(v.text);
   } else if (key == ":precision") {
     if (v.kind != sexpr::numeral && v.kind != sexpr::decimal) throw script_error(c.line, ":precision takes a number");
-    settings_.min_split_width = literal_value(v.text).get_d();
+    const double width = literal_value(v.text).get_d();
+    if (!std::isfinite(width)) throw script_error(c.line, ":precision is too large");
+    settings_.min_split_width = width;
   } else if (key == ":diagnostic-output-channel" || key == ":regular-output-channel" || key == ":produce-unsat-cores" ||
              key == ":produce-proofs" || key == ":produce-assignments" || key == ":global-declarations" ||
              key == ":interactive-mode" || key == ":produce-assertions" || key == ":reproducible-resource-limit" ||

@@ -3,8 +3,11 @@
 --to-krait must give the same answer, and the same report (statistics and solution) where every
 number of the input is a double and it uses no min, max or nrt: numbers no double holds come back
 as variables pinned by equations, which the search then encloses, and min, max and nrt, which
-SMT-LIB lacks, as variables their definitions pin; only the answer is compared for those.
-Inputs with integers beyond what a double holds exactly cannot be written exactly: listed apart.
+SMT-LIB lacks, as variables their definitions pin; only the answer is compared for those. With
+numbers no double holds the search encloses them instead of rounding them, and a formula it
+refuted with rounded constants may leave it a box: listed apart, as weaker answers, never as
+the opposite answer. Inputs with integers beyond what a double holds exactly cannot be written
+exactly: listed apart too.
 
     round_trip.py KRAIT KRAIT_SMT2 FILE...
 
@@ -54,7 +57,7 @@ def answers(lines):
 
 def main():
     krait, smt2, files = sys.argv[1], sys.argv[2], [Path(f) for f in sys.argv[3:]]
-    failures = same_report = same_answer = too_large = 0
+    failures = same_report = same_answer = too_large = weaker = 0
     with tempfile.TemporaryDirectory() as tmp:
         for path in files:
             text = path.read_text()
@@ -82,6 +85,12 @@ def main():
             back.write_text(head + read.stdout)
             again = report(krait, back)
             want = answers(original)[-1:] if system else answers(original)
+            exact_numbers = not doubles_only(text)
+            if exact_numbers and want and set(want) == {'unsatisfiable'} and \
+                    answers(again) == ['candidate solution box found'] * len(want):
+                print(f'{path}: a box after the round trip where the search refuted the rounded numbers')
+                weaker += 1
+                continue
             if answers(again) != want:
                 print(f'{path}: answer {answers(again)} after the round trip, {want} before')
                 failures += 1
@@ -96,8 +105,9 @@ def main():
                 failures += 1
             else:
                 same_report += 1
-    print(f'{same_report + same_answer + too_large + failures} inputs: {same_report} with the same report, {same_answer} with the same answer '
-          f'(unwound systems, numbers no double holds, min, max, nrt), {too_large} not convertible, {failures} failing')
+    print(f'{same_report + same_answer + weaker + too_large + failures} inputs: {same_report} with the same report, '
+          f'{same_answer} with the same answer (unwound systems, numbers no double holds, min, max, nrt), '
+          f'{weaker} with a box for an exactly enclosed number, {too_large} not convertible, {failures} failing')
     return 1 if failures else 0
 
 

@@ -146,6 +146,14 @@ TEST(Ranges, WrittenImpliedOrMissing) {
     EXPECT_STREQ(e.what(), "no finite range for y: add a lower bound, such as (assert (<= -100 y 100)), or give --default-range LO HI");
   }
 
+  // A declared end beyond the doubles is refused (it once reached GMP as an infinite double).
+  try {
+    f.build({"(<= 0 x 1" + std::string(400, '0') + ")"});
+    FAIL();
+  } catch (const std::runtime_error& e) {
+    EXPECT_EQ(std::string(e.what()), "the number 1" + std::string(400, '0') + " lies beyond the doubles");
+  }
+
   // Soundness: every point that satisfies random linear chains and circles lies in the ranges.
   std::mt19937_64 rng(7);
   for (int round = 0; round < 200; ++round) {
