@@ -6,53 +6,19 @@
 #include "certify/formula.hpp"
 #include "hexpr/hexpr_nodes.hpp"
 #include "lang/symtab.hpp"
+#include "smt2/terms.hpp"
 
 namespace smt2 {
 namespace {
 
-using certify::op;
-
-std::string symbol(const std::string& name) {
-  for (char c : name)
-    if (!(std::isalnum(static_cast<unsigned char>(c)) || std::string("~!@$%^&*_-+=<>.?/").find(c) != std::string::npos))
-      return "|" + name + "|";
-  if (name.empty() || std::isdigit(static_cast<unsigned char>(name[0]))) return "|" + name + "|";
-  return name;
-}
-
-// A number as a term: a decimal where it has a finite expansion, a quotient otherwise.
-std::string number(const mpq_class& q) {
-  const bool negative = q < 0;
-  const mpq_class a = abs(q);
-  std::string s;
-  if (a.get_den() == 1) {
-    s = a.get_num().get_str();
-  } else {
-    mpz_class d = a.get_den();
-    unsigned long twos = 0, fives = 0;
-    while (mpz_divisible_ui_p(d.get_mpz_t(), 2)) mpz_divexact_ui(d.get_mpz_t(), d.get_mpz_t(), 2), ++twos;
-    while (mpz_divisible_ui_p(d.get_mpz_t(), 5)) mpz_divexact_ui(d.get_mpz_t(), d.get_mpz_t(), 5), ++fives;
-    if (d == 1) {
-      const unsigned long k = std::max(twos, fives);
-      mpz_class scale;
-      mpz_ui_pow_ui(scale.get_mpz_t(), 10, k);
-      const mpz_class digits = a.get_num() * scale / a.get_den();
-      s = digits.get_str();
-      if (s.size() <= k) s.insert(0, k + 1 - s.size(), '0');
-      s.insert(s.size() - k, ".");
-    } else {
-      s = "(/ " + a.get_num().get_str() + " " + a.get_den().get_str() + ")";
-    }
-  }
-  return negative ? "(- " + s + ")" : s;
-}
+using kind = certify::op;  // the certifier's node kinds, beside this front's own
 
 class writer {
  public:
   explicit writer(const certify::formula& f) : f_(f), formula_only_(f.vars.size(), true) {
     for (const certify::node& n : f.nodes)
       for (int a : n.args)
-        if (f.nodes[static_cast<std::size_t>(a)].kind == op::variable && n.kind != op::truth)
+        if (f.nodes[static_cast<std::size_t>(a)].kind == kind::variable && n.kind != kind::truth)
           formula_only_[static_cast<std::size_t>(f.nodes[static_cast<std::size_t>(a)].var)] = false;
   }
 
@@ -62,29 +28,29 @@ class writer {
     return x.is_int && x.lower == 0 && x.upper == 1 && formula_only_[v];
   }
 
-  std::string name(std::size_t v) const { return symbol(f_.vars[v].label(f_.with_steps)); }
+  std::string name(std::size_t v) const { return symbol_term(f_.vars[v].label(f_.with_steps)); }
 
   std::string term(int i) {
     const certify::node& n = f_.nodes[static_cast<std::size_t>(i)];
     auto arg = [&](std::size_t k) { return term(n.args[k]); };
     switch (n.kind) {
-      case op::variable: return name(static_cast<std::size_t>(n.var));
-      case op::number: return number(n.value);
-      case op::negate: return "(- " + arg(0) + ")";
-      case op::add: return "(+ " + arg(0) + " " + arg(1) + ")";
-      case op::subtract: return "(- " + arg(0) + " " + arg(1) + ")";
-      case op::multiply: return "(* " + arg(0) + " " + arg(1) + ")";
-      case op::power: return "(^ " + arg(0) + " " + n.exponent.get_str() + ")";
-      case op::exp: return "(exp " + arg(0) + ")";
-      case op::sin: return "(sin " + arg(0) + ")";
-      case op::cos: return "(cos " + arg(0) + ")";
-      case op::abs: return "(abs " + arg(0) + ")";
-      case op::min:
-      case op::max: {
+      case kind::variable: return name(static_cast<std::size_t>(n.var));
+      case kind::number: return rational_term(n.value, n.value.get_den() == 1);
+      case kind::negate: return "(- " + arg(0) + ")";
+      case kind::add: return "(+ " + arg(0) + " " + arg(1) + ")";
+      case kind::subtract: return "(- " + arg(0) + " " + arg(1) + ")";
+      case kind::multiply: return "(* " + arg(0) + " " + arg(1) + ")";
+      case kind::power: return "(^ " + arg(0) + " " + n.exponent.get_str() + ")";
+      case kind::exp: return "(exp " + arg(0) + ")";
+      case kind::sin: return "(sin " + arg(0) + ")";
+      case kind::cos: return "(cos " + arg(0) + ")";
+      case kind::abs: return "(abs " + arg(0) + ")";
+      case kind::min:
+      case kind::max: {
         const std::string a = arg(0), b = arg(1);
-        return "(ite (" + std::string(n.kind == op::min ? "<=" : ">=") + " " + a + " " + b + ") " + a + " " + b + ")";
+        return "(ite (" + std::string(n.kind == kind::min ? "<=" : ">=") + " " + a + " " + b + ") " + a + " " + b + ")";
       }
-      case op::root: {
+      case kind::root: {
         // The root is a new constant r: r^n equals the radicand, r >= 0 for an even order; a
         // relation over an even root holds only where the radicand is not negative.
         const std::string radicand = arg(0);
@@ -106,29 +72,29 @@ class writer {
     const certify::node& n = f_.nodes[static_cast<std::size_t>(i)];
     auto arg = [&](std::size_t k) { return formula(n.args[k]); };
     switch (n.kind) {
-      case op::truth: {
+      case kind::truth: {
         const certify::node& t = f_.nodes[static_cast<std::size_t>(n.args[0])];
-        if (t.kind == op::variable && boolean(static_cast<std::size_t>(t.var))) return name(static_cast<std::size_t>(t.var));
+        if (t.kind == kind::variable && boolean(static_cast<std::size_t>(t.var))) return name(static_cast<std::size_t>(t.var));
         return relation("(>= " + term(n.args[0]) + " 1)", 0);
       }
-      case op::negation: return "(not " + arg(0) + ")";
-      case op::conjunction:
-      case op::disjunction: {
-        std::string s = n.kind == op::conjunction ? "(and" : "(or";
+      case kind::negation: return "(not " + arg(0) + ")";
+      case kind::conjunction:
+      case kind::disjunction: {
+        std::string s = n.kind == kind::conjunction ? "(and" : "(or";
         for (std::size_t k = 0; k < n.args.size(); ++k) s += " " + arg(k);
         return s + ")";
       }
-      case op::exclusive_or: return "(xor " + arg(0) + " " + arg(1) + ")";
-      case op::implication: return "(=> " + arg(0) + " " + arg(1) + ")";
-      case op::equal:
-      case op::not_equal:
-      case op::less_equal:
-      case op::less:
-      case op::greater_equal:
-      case op::greater: {
+      case kind::exclusive_or: return "(xor " + arg(0) + " " + arg(1) + ")";
+      case kind::implication: return "(=> " + arg(0) + " " + arg(1) + ")";
+      case kind::equal:
+      case kind::not_equal:
+      case kind::less_equal:
+      case kind::less:
+      case kind::greater_equal:
+      case kind::greater: {
         const std::size_t guards = guards_.size();
-        const char* name = n.kind == op::equal ? "=" : n.kind == op::not_equal ? "distinct" : n.kind == op::less_equal ? "<="
-                         : n.kind == op::less ? "<" : n.kind == op::greater_equal ? ">=" : ">";
+        const char* name = n.kind == kind::equal ? "=" : n.kind == kind::not_equal ? "distinct" : n.kind == kind::less_equal ? "<="
+                         : n.kind == kind::less ? "<" : n.kind == kind::greater_equal ? ">=" : ">";
         const std::string a = term(n.args[0]), b = term(n.args[1]);
         return relation("(" + std::string(name) + " " + a + " " + b + ")", guards);
       }
@@ -167,8 +133,8 @@ std::string krait_to_smt2(const hexpr& parsed, int depth, const std::string& sou
   bool integers = false, reals = false, transcendental = false, nonlinear = false;
   for (const certify::variable& v : f.vars) (v.is_int ? integers : reals) = true;
   for (const certify::node& n : f.nodes) {
-    if (n.kind == op::exp || n.kind == op::sin || n.kind == op::cos) transcendental = true;
-    if (n.kind == op::multiply || n.kind == op::power || n.kind == op::root) nonlinear = true;
+    if (n.kind == kind::exp || n.kind == kind::sin || n.kind == kind::cos) transcendental = true;
+    if (n.kind == kind::multiply || n.kind == kind::power || n.kind == kind::root) nonlinear = true;
   }
   const std::string logic = transcendental ? "QF_NRAT" : std::string("QF_") + (nonlinear ? "N" : "L") +
                                                              (integers && reals ? "IRA" : integers ? "IA" : "RA");
@@ -195,7 +161,8 @@ std::string krait_to_smt2(const hexpr& parsed, int depth, const std::string& sou
   for (const std::string& r : w.roots_) s += "(declare-const " + r + " Real)\n";
   for (std::size_t i : order) {
     if (w.boolean(i)) continue;
-    s += "(assert (<= " + number(f.vars[i].lower) + " " + w.name(i) + " " + number(f.vars[i].upper) + "))\n";
+    const bool integral = f.vars[i].is_int;
+    s += "(assert (<= " + rational_term(f.vars[i].lower, integral) + " " + w.name(i) + " " + rational_term(f.vars[i].upper, integral) + "))\n";
   }
   for (const std::string& d : w.definitions_) s += "(assert " + d + ")\n";
   s += "(assert " + body + ")\n(check-sat)\n(exit)\n";

@@ -60,29 +60,6 @@ std::string decimal_toward(const mpq_class& q, int digits, bool down) {
   return s[0] == '-' ? "(- " + s.substr(1) + ")" : s;
 }
 
-bool finite_decimal(const mpz_class& den) {
-  mpz_class d = den;
-  for (unsigned long p : {2ul, 5ul})
-    while (mpz_divisible_ui_p(d.get_mpz_t(), p)) mpz_divexact_ui(d.get_mpz_t(), d.get_mpz_t(), p);
-  return d == 1;
-}
-
-std::string rational_text(const mpq_class& q, sort type) {
-  const bool negative = q < 0;
-  const mpq_class a = abs(q);
-  std::string s;
-  if (type == sort::integer) {
-    s = a.get_num().get_str();
-  } else if (a.get_den() == 1) {
-    s = a.get_num().get_str() + ".0";
-  } else if (finite_decimal(a.get_den()) && mpz_sizeinbase(a.get_den_mpz_t(), 10) < 40) {
-    s = decimal_toward(a, static_cast<int>(mpz_sizeinbase(a.get_num_mpz_t(), 10) + mpz_sizeinbase(a.get_den_mpz_t(), 10)), true);
-  } else {
-    s = "(/ " + a.get_num().get_str() + " " + a.get_den().get_str() + ")";
-  }
-  return negative ? "(- " + s + ")" : s;
-}
-
 std::string quoted(const std::string& s) {
   std::string r = "\"";
   for (char c : s) r += c == '"' ? std::string("\"\"") : std::string(1, c);
@@ -395,7 +372,7 @@ void script::check_sat(const sexpr& c) {
 
 std::string script::value_text(const value_range& v, sort type) const {
   if (type == sort::boolean) return v.lower != 0 ? "true" : "false";
-  if (v.lower == v.upper) return rational_text(v.lower, type);
+  if (v.lower == v.upper) return rational_term(v.lower, type == sort::integer);
   return decimal_toward((v.lower + v.upper) / 2, 20, true);
 }
 
@@ -416,7 +393,7 @@ void script::get_model(const sexpr& c) {
            << plain_toward(v->second.upper, 17, false) << "]" << std::endl;
       continue;
     }
-    const std::string shown = d.name.find_first_of(" |()\"';") == std::string::npos ? d.name : "|" + d.name + "|";
+    const std::string shown = symbol_term(d.name);
     if (v->second.lower != v->second.upper)
       out_ << "  ; " << shown << " is irrational: a solution has it in [" << plain_toward(v->second.lower, 20, true) << ", "
            << plain_toward(v->second.upper, 20, false) << "]" << std::endl;
@@ -440,7 +417,7 @@ void script::get_value(const sexpr& c) {
     const term_ref t = elaborate(e, table_);
     eval.approximate = false;
     const mpq_class v = eval(*t);
-    std::string text = rational_text(v, t->type);
+    std::string text = rational_term(v, t->type == sort::integer);
     if (eval.approximate && t->type != sort::boolean) {
       approximate = true;
       text = decimal_toward(enclose(*t, model).midpoint(), 20, true);

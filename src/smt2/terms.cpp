@@ -1,6 +1,9 @@
 // Elaboration of SMT-LIB terms into sorted term graphs.
 #include "smt2/terms.hpp"
 
+#include <algorithm>
+#include <cctype>
+#include <cstring>
 #include <optional>
 
 namespace smt2 {
@@ -290,5 +293,38 @@ mpq_class literal_value(const std::string& text) {
 }
 
 term_ref elaborate(const sexpr& e, const symbols& table) { return elaborator(table).run(e); }
+
+std::string rational_term(const mpq_class& q, bool integer_sort) {
+  const bool negative = q < 0;
+  const mpq_class a = abs(q);
+  std::string s;
+  if (a.get_den() == 1) {
+    s = a.get_num().get_str() + (integer_sort ? "" : ".0");
+  } else {
+    // n / (2^i 5^j) ends after max(i, j) decimal places.
+    mpz_class d = a.get_den();
+    unsigned long twos = 0, fives = 0;
+    for (; mpz_divisible_ui_p(d.get_mpz_t(), 2); ++twos) mpz_divexact_ui(d.get_mpz_t(), d.get_mpz_t(), 2);
+    for (; mpz_divisible_ui_p(d.get_mpz_t(), 5); ++fives) mpz_divexact_ui(d.get_mpz_t(), d.get_mpz_t(), 5);
+    const unsigned long places = std::max(twos, fives);
+    if (d == 1 && places <= 1000) {
+      mpz_class scale;
+      mpz_ui_pow_ui(scale.get_mpz_t(), 10, places);
+      s = mpz_class(a.get_num() * scale / a.get_den()).get_str();
+      if (s.size() <= places) s.insert(0, places + 1 - s.size(), '0');
+      s.insert(s.size() - places, ".");
+    } else {
+      s = "(/ " + a.get_num().get_str() + " " + a.get_den().get_str() + ")";
+    }
+  }
+  return negative ? "(- " + s + ")" : s;
+}
+
+std::string symbol_term(const std::string& name) {
+  bool simple = !name.empty() && !std::isdigit(static_cast<unsigned char>(name[0]));
+  for (char c : name)
+    simple = simple && c != '\0' && (std::isalnum(static_cast<unsigned char>(c)) || std::strchr("~!@$%^&*_-+=<>.?/", c) != nullptr);
+  return simple ? name : "|" + name + "|";
+}
 
 }  // namespace smt2

@@ -66,4 +66,11 @@ sort read_sort(const sexpr& e);
 // The exact value of a numeral or decimal as written.
 mpq_class literal_value(const std::string& text);
 
+// A rational as an SMT-LIB term: a numeral (an integer of sort Int), a decimal where its
+// expansion ends, a quotient of numerals otherwise; negative ones under a minus.
+std::string rational_term(const mpq_class& q, bool integer_sort);
+
+// A name as an SMT-LIB symbol: as it is if it is a simple symbol, between bars otherwise.
+std::string symbol_term(const std::string& name);
+
 }  // namespace smt2
