@@ -112,6 +112,12 @@ TEST(Elaboration, TermsBecomeTheLanguagesFormulae) {
             "  (b -> (ite_4 = x)) and ((not b) -> (ite_4 = 2.5));\n"
             "  b;\n"
             "  (((((((x + c_1) + c_2) + c_1) + 0.25) = q_3) and (q_3 = ite_4)) and (ite_4 = (y * 0.25)));\n");
+  // Values and names written back: decimals carried to their last place (1/1024 was once cut).
+  EXPECT_EQ(rational_term(mpq_class(1, 1024), false), "0.0009765625");
+  EXPECT_EQ(rational_term(mpq_class(-5, 2), false) + rational_term(mpq_class(1, 3), false) + rational_term(7, true) +
+                rational_term(7, false),
+            "(- 2.5)(/ 1 3)77.0");
+  EXPECT_EQ(symbol_term("x@2") + symbol_term("a b") + symbol_term("2x"), "x@2|a b||2x|");
   // Sorts and arities are checked.
   EXPECT_EQ(f.error("(+ x b)"), "+ takes arithmetic arguments");
   EXPECT_EQ(f.error("(and x b)"), "and takes Bool arguments");
