@@ -3,7 +3,7 @@
 # (cmake -DKRAIT_ROOT=<source dir> -P cmake/layers.cmake).
 
 # Rank of each folder under src/; folders of equal rank form one layer.
-set(KRAIT_LAYER_RANKS base=0 interval=1 solver=2 lang=3 hexpr=3 certify=4 driver=5 smt2=5 companions=6)
+set(KRAIT_LAYER_RANKS base=0 interval=1 solver=2 lang=3 hexpr=3 certify=4 driver=5 smt2=5 prove=5 companions=6)
 
 function(krait_layer_rank folder out)
   set(rank -1)

@@ -1,5 +1,7 @@
 #include "certify/certify.hpp"
 
+#include <iomanip>
+
 #include <algorithm>
 #include <cmath>
 #include <ctime>
@@ -657,6 +659,20 @@ certificate certify(const formula& f, const std::vector<range>& box) {
   out.lines.push_back("    not verified: " + culprit + " is not settled at the points tried" +
                       (failure.empty() ? "" : "; " + failure));
   return finish(verdict::undecided);
+}
+
+void print_section(const hexpr& original, const krait_solver& solver, int depth, std::ostream& out) {
+  out << "CERTIFICATE:" << std::endl;
+  try {
+    const formula f = depth < 0 ? formula::plain(original) : formula::unwound(original, static_cast<unsigned>(depth));
+    const certificate c = certify(f, read_box(f, solver));
+    for (const std::string& line : c.lines) out << line << std::endl;
+    out << "    time certifier: " << std::fixed << std::setprecision(4) << c.seconds << std::defaultfloat
+        << std::setprecision(20) << std::endl;
+  } catch (const std::invalid_argument& unsupported) {
+    out << "    not verified: the certifier does not handle " << unsupported.what() << std::endl;
+  }
+  out << std::endl;
 }
 
 }  // namespace certify

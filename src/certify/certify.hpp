@@ -7,12 +7,14 @@
 
 #include <gmpxx.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
 #include "certify/formula.hpp"
 
 struct krait_solver;
+class hexpr;
 
 namespace certify {
 
@@ -42,6 +44,10 @@ struct certificate {
 std::vector<range> read_box(const formula& f, const krait_solver& solver);
 
 certificate certify(const formula& f, const std::vector<range>& box);
+
+// The CERTIFICATE section of the box the solver holds, for the formula as parsed (`original`),
+// unwound to `depth` (-1: a plain formula), followed by an empty line.
+void print_section(const hexpr& original, const krait_solver& solver, int depth, std::ostream& out);
 
 // An exact value for a report: an integer, a finite decimal of moderate length, or a fraction
 // with its approximate value.

@@ -33,24 +33,6 @@ void print_certify_version() {
   std::fflush(stdout);
 }
 
-// The certificate of the box the solver holds; the formula is taken from the input as parsed.
-void print_certificate(const hexpr& original, const krait_solver& solver, int depth) {
-  // The SOLUTION section ends with an empty line of its own.
-  if (!run_settings.show_solution) std::cout << std::endl;
-  std::cout << "CERTIFICATE:" << std::endl;
-  try {
-    const certify::formula f = depth < 0 ? certify::formula::plain(original)
-                                         : certify::formula::unwound(original, static_cast<unsigned>(depth));
-    const certify::certificate c = certify::certify(f, certify::read_box(f, solver));
-    for (const std::string& line : c.lines) std::cout << line << std::endl;
-    std::cout << "    time certifier: " << std::fixed << std::setprecision(4) << c.seconds << std::defaultfloat
-              << std::setprecision(20) << std::endl;
-  } catch (const std::invalid_argument& unsupported) {
-    std::cout << "    not verified: the certifier does not handle " << unsupported.what() << std::endl;
-  }
-  std::cout << std::endl;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -58,6 +40,10 @@ int main(int argc, char** argv) {
   return run_program(argc, argv, [](const hexpr& parsed) {
     // Preprocessing rewrites the tree in double precision; certificates speak of the input.
     std::shared_ptr<const hexpr> original(copy_hexpr(&parsed));
-    return [original](const krait_solver& solver, int depth) { print_certificate(*original, solver, depth); };
+    return [original](const krait_solver& solver, int depth) {
+      // The SOLUTION section ends with an empty line of its own.
+      if (!run_settings.show_solution) std::cout << std::endl;
+      certify::print_section(*original, solver, depth, std::cout);
+    };
   });
 }

@@ -1,15 +1,13 @@
 // A check in a child process, its outcome handed back through a temporary file.
 #include "smt2/check.hpp"
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cstdio>
-#include <fcntl.h>
+#include <iostream>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
 
+#include "base/child.hpp"
 #include "base/random.hpp"
 #include "certify/certify.hpp"
 #include "certify/formula.hpp"
@@ -22,9 +20,10 @@
 namespace smt2 {
 namespace {
 
-// Runs in the child: searches, certifies and writes the outcome as lines of
-// "answer", then "reason TEXT" or "value NAME LOWER UPPER" (exact rationals).
-void search_and_certify(const std::string& text, const check_settings& settings, std::FILE* out) {
+// Runs in the child: searches, certifies and writes the outcome on standard output as lines of
+// "answer", then "reason TEXT" or "value NAME LOWER UPPER" (exact rationals). The program's
+// warnings may come between them, on lines of their own.
+void search_and_certify(const std::string& text, const check_settings& settings) {
   if (settings.random_seed) random_seed = *settings.random_seed;
   krait_solver* solver = new krait_solver;
   solver->push_context();
@@ -36,91 +35,63 @@ void search_and_certify(const std::string& text, const check_settings& settings,
   std::unique_ptr<hexpr> original(copy_hexpr(root));
   root = prepare_hexpr(root);
   root->hexpr2krait(*solver, 0, 1);
+  std::ostringstream out;
   if (solver->solve()) {
-    std::fputs("unsat\n", out);
+    std::cout << "\nunsat\n" << std::flush;
     return;
   }
   auto write_values = [&](const certify::formula& f, const std::vector<certify::range>& values) {
     for (std::size_t i = 0; i < values.size(); ++i)
-      std::fprintf(out, "value %s %s %s\n", f.vars[i].name.c_str(), values[i].lower.get_str().c_str(),
-                   values[i].upper.get_str().c_str());
+      out << "value " << f.vars[i].name << " " << values[i].lower.get_str() << " " << values[i].upper.get_str() << "\n";
   };
   try {
     const certify::formula f = certify::formula::plain(*original);
     const std::vector<certify::range> box = certify::read_box(f, *solver);
     const certify::certificate c = certify::certify(f, box);
     if (c.kind == certify::verdict::verified || c.kind == certify::verdict::verified_beside) {
-      std::fputs("sat\n", out);
+      out << "sat\n";
       write_values(f, c.witness);
-      return;
+    } else {
+      std::string reason = c.lines.empty() ? "" : c.lines.front();
+      reason.erase(0, reason.find_first_not_of(' '));
+      out << "unknown\nreason candidate box; " << reason << "\n";
+      write_values(f, box);
     }
-    std::string reason = c.lines.empty() ? "" : c.lines.front();
-    reason.erase(0, reason.find_first_not_of(' '));
-    std::fprintf(out, "unknown\nreason candidate box; %s\n", reason.c_str());
-    write_values(f, box);
   } catch (const std::invalid_argument& unsupported) {
-    std::fprintf(out, "unknown\nreason candidate box; the certifier does not handle %s\n", unsupported.what());
+    out << "unknown\nreason candidate box; the certifier does not handle " << unsupported.what() << "\n";
   }
-}
-
-std::string contents(std::FILE* f) {
-  std::string s;
-  std::rewind(f);
-  char buffer[4096];
-  for (std::size_t n; (n = std::fread(buffer, 1, sizeof buffer, f)) > 0;) s.append(buffer, n);
-  return s;
+  std::cout << "\n" << out.str() << std::flush;
 }
 
 }  // namespace
 
 outcome run_check(const std::string& problem_text, const check_settings& settings) {
   outcome result;
-  std::FILE* out = std::tmpfile();
-  std::FILE* err = std::tmpfile();
-  if (out == nullptr || err == nullptr) throw std::runtime_error("cannot create a temporary file");
-  std::fflush(stdout);
-  std::fflush(stderr);
-  const pid_t child = fork();
-  if (child < 0) throw std::runtime_error("cannot start the search");
-  if (child == 0) {
-    // The report and the warnings are the program's own; only the outcome goes back.
-    const int null = open("/dev/null", O_WRONLY);
-    dup2(null, 1);
-    dup2(fileno(err), 2);
-    search_and_certify(problem_text, settings, out);
-    std::fflush(out);
-    std::fflush(stderr);
-    _exit(0);
-  }
-  int status = 0;
-  waitpid(child, &status, 0);
-  const std::string written = contents(out), diagnostics = contents(err);
-  std::fclose(out);
-  std::fclose(err);
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0 || written.empty()) {
-    std::string message = diagnostics;
-    // The program's error lines begin "Error: "; the response quotes the message alone.
-    const std::size_t at = message.find("Error: ");
-    if (at != std::string::npos) message.erase(0, at + 7);
-    while (!message.empty() && (message.back() == '\n' || message.back() == ' ')) message.pop_back();
-    if (message.empty()) message = WIFSIGNALED(status) ? "the search ended by signal " + std::to_string(WTERMSIG(status)) : "the search failed";
-    result.message = message;
-    return result;
-  }
-  std::istringstream lines(written);
-  std::string answer;
-  std::getline(lines, answer);
-  result.answer = answer == "sat" ? outcome::sat : answer == "unsat" ? outcome::unsat : outcome::unknown;
+  const child_output child = run_in_child([&] { search_and_certify(problem_text, settings); });
+  std::istringstream lines(child.out);
+  bool answered = false;
   for (std::string line; std::getline(lines, line);) {
-    if (line.starts_with("reason ")) {
+    if (!answered) {
+      answered = line == "sat" || line == "unsat" || line == "unknown";
+      result.answer = line == "sat" ? outcome::sat : line == "unsat" ? outcome::unsat : outcome::unknown;
+    } else if (line.starts_with("reason ")) {
       result.message = line.substr(7);
-      continue;
+    } else if (line.starts_with("value ")) {
+      std::istringstream fields(line.substr(6));
+      std::string name, lower, upper;
+      fields >> name >> lower >> upper;
+      result.values[name] = {mpq_class(lower, 10), mpq_class(upper, 10)};
     }
-    std::istringstream fields(line.substr(6));
-    std::string name, lower, upper;
-    fields >> name >> lower >> upper;
-    result.values[name] = {mpq_class(lower, 10), mpq_class(upper, 10)};
   }
+  if (child.exited && child.status == 0 && answered) return result;
+  std::string message = child.err;
+  // The program's error lines begin "Error: "; the response quotes the message alone.
+  const std::size_t at = message.find("Error: ");
+  if (at != std::string::npos) message.erase(0, at + 7);
+  while (!message.empty() && (message.back() == '\n' || message.back() == ' ')) message.pop_back();
+  if (message.empty()) message = child.exited ? "the search failed" : "the search ended by signal " + std::to_string(child.status);
+  result = outcome{};
+  result.message = message;
   return result;
 }
 

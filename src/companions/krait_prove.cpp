@@ -1,0 +1,83 @@
+// krait-prove: a transition system's target proved unreachable at every depth by k-induction,
+// or found reachable at the depth bounded model checking finds it.
+#include <cstdio>
+#include <cstring>
+#include <iostream>
+#include <memory>
+#include <vector>
+
+#include "base/error.hpp"
+#include "base/numbers.hpp"
+#include "certify/certify.hpp"
+#include "driver/options.hpp"
+#include "driver/run.hpp"
+#include "hexpr/hexpr.hpp"
+#include "hexpr/hexpr_nodes.hpp"
+#include "hexpr/preprocess.hpp"
+#include "lang/parser.hpp"
+#include "lang/symtab.hpp"
+#include "prove/induction.hpp"
+#include "solver/solver.hpp"
+#include "version.hpp"
+
+namespace {
+
+void print_prove_usage(const char* program_name) {
+  std::printf(
+      "\nUsage: %s [options] filename\n\n"
+      "   Proves that the target of a transition system is unreachable at every depth, by\n"
+      "   k-induction: per k the base case (INIT, k steps, TARGET: bounded model checking) and\n"
+      "   the step case (k + 1 states linked by TRANS, TARGET false in the first k and true in\n"
+      "   the last). An unsatisfiable step case proves the target unreachable; a box in a base\n"
+      "   case shows it reachable at that depth, with a certificate.\n\n"
+      "   --max_k k       the largest k tried (default: no limit)\n%s\n%s\n",
+      program_name, option_table, bug_address_line);
+  std::fflush(stdout);
+}
+
+void print_prove_version() {
+  std::printf("\nkrait-prove (Krait's induction prover), version " KRAIT_VERSION ".\n\n");
+  std::fflush(stdout);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  program_texts = {print_prove_usage, print_prove_version};
+  // --max_k is this command's own; the others are the program's.
+  int max_k = -1;
+  std::vector<char*> rest;
+  for (int i = 0; i < argc; ++i) {
+    if (i > 0 && std::strcmp(argv[i], "--max_k") == 0) {
+      if (i + 1 >= argc || str_to_int(argv[i + 1], max_k) || max_k < 0)
+        error("Option '--max_k' requires a non-negative integer value.");
+      ++i;
+      continue;
+    }
+    rest.push_back(argv[i]);
+  }
+  parse_options(static_cast<int>(rest.size()), rest.data());
+  const run_settings_t& given = run_settings;
+  std::cout << std::endl << "# This is Krait " KRAIT_VERSION ", compiled on " KRAIT_BUILD_DATE "." << std::endl;
+  if (given.input_file == nullptr) error("No input file specified. Try %s --help.", argv[0]);
+  if (given.minimize) error("Optimization is not available in krait-prove.");
+  if (given.min_depth >= 0 || given.max_depth >= 0) warning("Options '--min_depth' and '--max_depth' are without effect; use '--max_k'.");
+  std::FILE* input = std::fopen(given.input_file, "r");
+  if (input == nullptr) error("Could not open input file.");
+  symtab.new_frame();
+  std::cout << "Reading input file '" << given.input_file << "'." << std::endl;
+  hexpr* root = parse_hexpr_file(input);
+  std::fclose(input);
+  if (root->get_opname() != HEXPR_PROOF_SPEC) error("krait-prove needs a transition system (INIT, TRANS, TARGET).");
+  // Certificates speak of the input as written, before preprocessing rewrites it.
+  std::unique_ptr<hexpr> original(copy_hexpr(root));
+  std::cout << "Preprocessing input formulae." << std::endl;
+  root = prepare_hexpr(root);
+  prove::prove_target(*root, given, max_k, [&](const krait_solver& solver, unsigned depth) {
+    if (!given.show_solution) std::cout << std::endl;
+    certify::print_section(*original, solver, static_cast<int>(depth), std::cout);
+  });
+  symtab.delete_last_frame();
+  delete root;
+  return 0;
+}

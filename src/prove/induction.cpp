@@ -1,0 +1,122 @@
+// k-induction, each case searched in a child process.
+#include "prove/induction.hpp"
+
+#include <cstdlib>
+#include <iostream>
+#include <string>
+
+#include "base/child.hpp"
+#include "driver/run.hpp"
+#include "hexpr/hexpr_nodes.hpp"
+#include "hexpr/translate.hpp"
+#include "lang/symtab.hpp"
+#include "solver/solver.hpp"
+
+namespace prove {
+namespace {
+
+// TARGET negated at one step, permanently: the step case's states before the last. The part
+// stays in the tree; the negation borrows it.
+void translate_negated_target(krait_solver& solver, hexpr& root, std::uint32_t step) {
+  hexpr*& slot = static_cast<hexpr_inner_node&>(root).subexprs_begin()[2];
+  auto* negation = new hexpr_not(slot);
+  struct borrowed {
+    hexpr_formula formula;
+    hexpr_not* negation;
+    explicit borrowed(hexpr_not* n) : formula(n), negation(n) {}
+    ~borrowed() { negation->subexprs_begin()[0] = nullptr; }
+  } wrapper(negation);
+  solver.order_key_counter = step;
+  solver.set_translation_phase(3);
+  translation_phase = 3;
+  wrapper.formula.hexpr2krait(solver, step, 1);
+  solver.set_translation_phase(0);
+  translation_phase = 0;
+}
+
+// In the child: the case searched; its verdict on a line of its own after any warnings of the
+// search, the report of the case after it.
+void search_case(hexpr& root, const run_settings_t& settings, unsigned k, bool step_case,
+                              const std::function<void(const krait_solver&)>& after_box) {
+  krait_solver solver;
+  solver.push_context();
+  configure_solver(solver, settings);
+  if (!step_case) translate_part(solver, root, 0, 0);
+  for (unsigned i = 0; i < k; ++i) {
+    translate_part(solver, root, 1, i);
+    if (step_case) translate_negated_target(solver, root, i);
+  }
+  solver.push_context();
+  symtab.new_frame();
+  translate_part(solver, root, 2, k);
+  const bool unsatisfiable = solver.solve();
+  std::cout << (unsatisfiable ? "verdict: unsatisfiable" : "verdict: box") << std::endl;
+  if (settings.show_statistics) {
+    std::cout << std::endl << "STATISTICS:" << std::endl;
+    solver.print_statistics("    ");
+  }
+  if (!unsatisfiable) {
+    if (settings.show_solution) {
+      std::cout << std::endl << "SOLUTION: " << std::endl;
+      symtab.print_solution(solver, std::cout, true);
+    }
+    if (after_box) after_box(solver);
+  }
+}
+
+}  // namespace
+
+case_result run_case(hexpr& root, const run_settings_t& settings, unsigned k, bool step_case,
+                     const std::function<void(const krait_solver&)>& after_box) {
+  const child_output child = run_in_child([&] { search_case(root, settings, k, step_case, after_box); });
+  // A fatal error in the child ends the run as it would have ended the program.
+  std::cerr << child.err << std::flush;
+  if (!child.exited || child.status != 0) std::exit(child.exited ? child.status : 1);
+  case_result r;
+  const std::size_t at = child.out.find("verdict: ");
+  const std::size_t end = child.out.find('\n', at);
+  r.warnings = child.out.substr(0, at);
+  r.answer = child.out.substr(at, end - at) == "verdict: unsatisfiable" ? verdict::unsatisfiable : verdict::box;
+  r.report = child.out.substr(end + 1);
+  return r;
+}
+
+void prove_target(hexpr& root, const run_settings_t& settings, int max_k,
+                  const std::function<void(const krait_solver&, unsigned depth)>& certify_box) {
+  std::ostream& report = std::cout;
+  {
+    krait_solver shown;
+    configure_solver(shown, settings);
+    report << std::endl << "SETTINGS:" << std::endl;
+    shown.print_settings("    ");
+    report << std::endl;
+  }
+  case_result last;
+  for (unsigned k = 0;; ++k) {
+    report << "SOLVING:" << std::endl << "    k = " << k << std::endl;
+    const case_result base = run_case(root, settings, k, false, [&](const krait_solver& solver) {
+      if (certify_box) certify_box(solver, k);
+    });
+    report << base.warnings << "    base case: " << (base.answer == verdict::unsatisfiable ? "unsatisfiable" : "candidate solution box found")
+           << std::endl;
+    if (base.answer == verdict::box) {
+      report << std::endl << "RESULT:" << std::endl << "    target reachable at depth " << k << std::endl << base.report;
+      return;
+    }
+    const case_result step = run_case(root, settings, k, true);
+    report << step.warnings << "    step case: " << (step.answer == verdict::unsatisfiable ? "unsatisfiable" : "candidate solution box found")
+           << std::endl << std::endl;
+    if (step.answer == verdict::unsatisfiable) {
+      report << "RESULT:" << std::endl << "    target unreachable at every depth (proved by induction at k = " << k << ")"
+             << std::endl << step.report << std::endl;
+      return;
+    }
+    // The step case's box: states that no induction at this k excludes, a hint for an invariant.
+    if (max_k >= 0 && static_cast<int>(k) >= max_k) {
+      report << "RESULT:" << std::endl << "    not proven up to k = " << k << std::endl << step.report;
+      return;
+    }
+  }
+}
+
+}  // namespace prove

@@ -1,0 +1,36 @@
+#pragma once
+
+// Proofs that a transition system's target is never reached, by k-induction on the search: at
+// each k the base case (INIT, k steps of TRANS, TARGET at step k: bounded model checking) and
+// the step case (k + 1 states within their ranges linked by TRANS, TARGET false at the first k
+// and true at the last, no INIT). An unsatisfiable step case after unsatisfiable base cases up
+// to k proves the target unreachable at every depth; only "unsatisfiable" proves anything.
+
+#include <functional>
+#include <string>
+
+class hexpr;
+struct krait_solver;
+struct run_settings_t;
+
+namespace prove {
+
+enum class verdict { unsatisfiable, box };
+
+struct case_result {
+  verdict answer = verdict::box;
+  std::string warnings;  // what the search warned of, as the program prints it
+  std::string report;    // the statistics block, and the SOLUTION block of a box
+};
+
+// One case at one k in a child process of its own (the symbol table and the translation are
+// process-wide, and each case needs its own instances of the variables). `after_box` runs in the
+// child on a base case's box, its output added to the report.
+case_result run_case(hexpr& root, const run_settings_t& settings, unsigned k, bool step_case,
+                     const std::function<void(const krait_solver&)>& after_box = {});
+
+// The whole proof with its report on standard output; `max_k` < 0 for no limit.
+void prove_target(hexpr& root, const run_settings_t& settings, int max_k,
+                  const std::function<void(const krait_solver&, unsigned depth)>& certify_box = {});
+
+}  // namespace prove
