@@ -30,7 +30,10 @@ void print_prove_usage(const char* program_name) {
       "   the step case (k + 1 states linked by TRANS, TARGET false in the first k and true in\n"
       "   the last). An unsatisfiable step case proves the target unreachable; a box in a base\n"
       "   case shows it reachable at that depth, with a certificate.\n\n"
-      "   --max_k k       the largest k tried (default: no limit)\n%s\n%s\n",
+      "   --max_k k       the largest k tried (default: no limit)\n"
+      "   --simple_path_reals\n"
+      "                   keep the step case's states apart also when some state\n"
+      "                   variables are real (default: only when all are int or boole)\n%s\n%s\n",
       program_name, option_table, bug_address_line);
   std::fflush(stdout);
 }
@@ -44,14 +47,18 @@ void print_prove_version() {
 
 int main(int argc, char** argv) {
   program_texts = {print_prove_usage, print_prove_version};
-  // --max_k is this command's own; the others are the program's.
-  int max_k = -1;
+  // --max_k and --simple_path_reals are this command's own; the others are the program's.
+  prove::prove_settings options;
   std::vector<char*> rest;
   for (int i = 0; i < argc; ++i) {
     if (i > 0 && std::strcmp(argv[i], "--max_k") == 0) {
-      if (i + 1 >= argc || str_to_int(argv[i + 1], max_k) || max_k < 0)
+      if (i + 1 >= argc || str_to_int(argv[i + 1], options.max_k) || options.max_k < 0)
         error("Option '--max_k' requires a non-negative integer value.");
       ++i;
+      continue;
+    }
+    if (i > 0 && std::strcmp(argv[i], "--simple_path_reals") == 0) {
+      options.simple_path_reals = true;
       continue;
     }
     rest.push_back(argv[i]);
@@ -73,7 +80,7 @@ int main(int argc, char** argv) {
   std::unique_ptr<hexpr> original(copy_hexpr(root));
   std::cout << "Preprocessing input formulae." << std::endl;
   root = prepare_hexpr(root);
-  prove::prove_target(*root, given, max_k, [&](const krait_solver& solver, unsigned depth) {
+  prove::prove_target(*root, given, options, [&](const krait_solver& solver, unsigned depth) {
     if (!given.show_solution) std::cout << std::endl;
     certify::print_section(*original, solver, static_cast<int>(depth), std::cout);
   });

@@ -3,7 +3,8 @@
 // Proofs that a transition system's target is never reached, by k-induction on the search: at
 // each k the base case (INIT, k steps of TRANS, TARGET at step k: bounded model checking) and
 // the step case (k + 1 states within their ranges linked by TRANS, TARGET false at the first k
-// and true at the last, no INIT). An unsatisfiable step case after unsatisfiable base cases up
+// and true at the last, no INIT; states a box lets repeat are kept apart, since a path to the
+// target need not loop: simple paths, which make the induction complete for finite systems). An unsatisfiable step case after unsatisfiable base cases up
 // to k proves the target unreachable at every depth; only "unsatisfiable" proves anything.
 
 #include <functional>
@@ -17,6 +18,11 @@ namespace prove {
 
 enum class verdict { unsatisfiable, box };
 
+struct prove_settings {
+  int max_k = -1;                  // the largest k tried; -1: no limit
+  bool simple_path_reals = false;  // simple paths also for systems with real state variables
+};
+
 struct case_result {
   verdict answer = verdict::box;
   std::string warnings;  // what the search warned of, as the program prints it
@@ -26,11 +32,11 @@ struct case_result {
 // One case at one k in a child process of its own (the symbol table and the translation are
 // process-wide, and each case needs its own instances of the variables). `after_box` runs in the
 // child on a base case's box, its output added to the report.
-case_result run_case(hexpr& root, const run_settings_t& settings, unsigned k, bool step_case,
-                     const std::function<void(const krait_solver&)>& after_box = {});
+case_result run_case(hexpr& root, const run_settings_t& settings, const prove_settings& options, unsigned k,
+                     bool step_case, const std::function<void(const krait_solver&)>& after_box = {});
 
-// The whole proof with its report on standard output; `max_k` < 0 for no limit.
-void prove_target(hexpr& root, const run_settings_t& settings, int max_k,
+// The whole proof with its report on standard output.
+void prove_target(hexpr& root, const run_settings_t& settings, const prove_settings& options,
                   const std::function<void(const krait_solver&, unsigned depth)>& certify_box = {});
 
 }  // namespace prove
