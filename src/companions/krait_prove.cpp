@@ -73,17 +73,40 @@ int main(int argc, char** argv) {
   if (input == nullptr) error("Could not open input file.");
   symtab.new_frame();
   std::cout << "Reading input file '" << given.input_file << "'." << std::endl;
-  hexpr* root = parse_hexpr_file(input);
+  hexpr* invariant = nullptr;
+  hexpr* root = parse_hexpr_file(input, &invariant);
   std::fclose(input);
   if (root->get_opname() != HEXPR_PROOF_SPEC) error("krait-prove needs a transition system (INIT, TRANS, TARGET).");
   // Certificates speak of the input as written, before preprocessing rewrites it.
   std::unique_ptr<hexpr> original(copy_hexpr(root));
+  const auto part = [&](int i) { return copy_hexpr(static_cast<hexpr_inner_node&>(*original).subexprs_begin()[i]); };
+  // The invariant's own system: the same INIT and TRANS, its negation as the target.
+  std::unique_ptr<hexpr> invariant_system, invariant_original, assumed;
+  if (invariant != nullptr) {
+    invariant_system.reset(new hexpr_proof_spec(part(0), part(1), new hexpr_not(copy_hexpr(invariant))));
+    invariant_original.reset(copy_hexpr(invariant_system.get()));
+    assumed.reset(new hexpr_formula(invariant));
+  }
   std::cout << "Preprocessing input formulae." << std::endl;
   root = prepare_hexpr(root);
-  prove::prove_target(*root, given, options, [&](const krait_solver& solver, unsigned depth) {
-    if (!given.show_solution) std::cout << std::endl;
-    certify::print_section(*original, solver, static_cast<int>(depth), std::cout);
-  });
+  if (invariant != nullptr) {
+    invariant_system.reset(prepare_hexpr(invariant_system.release()));
+    assumed.reset(prepare_hexpr(assumed.release()));
+  }
+  const auto certify_with = [&](const hexpr& written) {
+    return [&](const krait_solver& solver, unsigned depth) {
+      if (!given.show_solution) std::cout << std::endl;
+      certify::print_section(written, solver, static_cast<int>(depth), std::cout);
+    };
+  };
+  prove::print_settings(given);
+  bool usable = true;
+  if (invariant != nullptr) {
+    std::cout << "INVARIANT:" << std::endl << "    checked by induction before it is assumed" << std::endl << std::endl;
+    usable = prove::prove_target(*invariant_system, given, options, certify_with(*invariant_original), true);
+    options.invariant = assumed.get();
+  }
+  if (usable) prove::prove_target(*root, given, options, certify_with(*original));
   symtab.delete_last_frame();
   delete root;
   return 0;

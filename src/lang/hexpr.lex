@@ -60,6 +60,7 @@ IDENTIFIER  [A-Za-z_][A-Za-z0-9_]*
 "INIT"      { return t_INIT; }
 "TRANS"     { return t_TRANS; }
 "TARGET"    { return t_TARGET; }
+"INVARIANT" { return invariant_sections ? t_INVARIANT : identifier_token(); }
 "boole"     { return t_BOOLE; }
 "float"     { return t_FLOAT; }
 "int"       { return t_INT; }

@@ -32,10 +32,14 @@ struct number_literal {
 
 void krait_hexpr_error(const char* message);
 
+// Read by the scanner: whether the word INVARIANT opens a section (or is a name).
+bool invariant_sections = false;
+
 namespace {
 
 // State shared by the actions of one parse.
 hexpr* parsed_root = nullptr;
+hexpr* parsed_invariant = nullptr;
 bool static_flag = false;            // inside a "static" declaration
 number_literal range_lower{};        // the latest [lower, upper] of a declaration
 number_literal range_upper{};
@@ -116,6 +120,7 @@ hexpr* call(const char* function, hexpr* first, hexpr* second) {
 %token t_IF 297 t_THEN 298 t_ELSE 299 t_FI 300 t_STATIC 301 t_TRUE 302 t_FALSE 303 t_DEFINE 304
 %token t_ABS 305 t_MIN 306 t_MAX 307 t_ASL 308 t_ASR 309
 %token <literal> t_CONST 310
+%token t_INVARIANT 311
 
 %type <node> formula proof_spec expr_list expr
 %type <literal> float_constant
@@ -148,6 +153,8 @@ formula
 proof_spec
   : t_DECL declaration_list t_INIT expr_list t_TRANS expr_list t_TARGET expr_list
       { $$ = new hexpr_proof_spec($4, $6, $8); }
+  | t_DECL declaration_list t_INIT expr_list t_TRANS expr_list t_INVARIANT expr_list t_TARGET expr_list
+      { parsed_invariant = $8; $$ = new hexpr_proof_spec($4, $6, $10); }
   ;
 
 declaration_list
@@ -255,7 +262,9 @@ void krait_hexpr_error(const char* message) {
   std::fprintf(stderr, "   at line %d\n\n", krait_hexpr_lineno);
 }
 
-hexpr* parse_hexpr_file(std::FILE* file) {
+hexpr* parse_hexpr_file(std::FILE* file, hexpr** invariant) {
+  invariant_sections = invariant != nullptr;
+  parsed_invariant = nullptr;
   YY_BUFFER_STATE buffer = krait_hexpr__create_buffer(file, hexpr_scanner_buffer_size);
   krait_hexpr__switch_to_buffer(buffer);
   // A harness parses many inputs in one process, and a fatal error may have left an earlier
@@ -274,7 +283,9 @@ hexpr* parse_hexpr_file(std::FILE* file) {
     for (hexpr_function* open_call : calls) delete open_call;
     calls.clear();
     delete parsed_root;
+    delete parsed_invariant;
     end_run(1);
   }
+  if (invariant != nullptr) *invariant = parsed_invariant;
   return parsed_root;
 }

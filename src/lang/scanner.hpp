@@ -15,6 +15,7 @@ constexpr int hexpr_scanner_buffer_size = 16384;
 extern char* krait_hexpr_text;  // text of the current match, valid until the next call
 extern int krait_hexpr_lineno;  // 1 + newlines read so far; never reset
 extern std::FILE* krait_hexpr_in;
+extern bool invariant_sections;  // set by the parser's caller: INVARIANT opens a section
 
 // Next token code; sets krait_hexpr_lval for identifiers and numbers. 0 at end of input.
 int krait_hexpr_lex();

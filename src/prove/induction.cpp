@@ -103,6 +103,17 @@ void search_case(hexpr& root, const run_settings_t& settings, const prove_settin
     translate_part(solver, root, 1, i);
     if (step_case) translate_negated_target(solver, root, i);
   }
+  // A proved invariant holds in every reachable state: the step case may assume it in all.
+  if (step_case && options.invariant != nullptr) {
+    for (unsigned i = 0; i <= k; ++i) {
+      solver.order_key_counter = i;
+      solver.set_translation_phase(2);
+      translation_phase = 2;
+      options.invariant->hexpr2krait(solver, i, 1);
+      solver.set_translation_phase(0);
+      translation_phase = 0;
+    }
+  }
   solver.push_context();
   symtab.new_frame();
   translate_part(solver, root, 2, k);
@@ -160,40 +171,48 @@ case_result run_case(hexpr& root, const run_settings_t& settings, const prove_se
   return r;
 }
 
-void prove_target(hexpr& root, const run_settings_t& settings, const prove_settings& options,
-                  const std::function<void(const krait_solver&, unsigned depth)>& certify_box) {
+void print_settings(const run_settings_t& settings) {
+  krait_solver shown;
+  configure_solver(shown, settings);
+  std::cout << std::endl << "SETTINGS:" << std::endl;
+  shown.print_settings("    ");
+  std::cout << std::endl;
+}
+
+bool prove_target(hexpr& root, const run_settings_t& settings, const prove_settings& options,
+                  const std::function<void(const krait_solver&, unsigned depth)>& certify_box, bool of_invariant) {
   std::ostream& report = std::cout;
-  {
-    krait_solver shown;
-    configure_solver(shown, settings);
-    report << std::endl << "SETTINGS:" << std::endl;
-    shown.print_settings("    ");
-    report << std::endl;
-  }
-  case_result last;
   for (unsigned k = 0;; ++k) {
     report << "SOLVING:" << std::endl << "    k = " << k << std::endl;
     const case_result base = run_case(root, settings, options, k, false, [&](const krait_solver& solver) {
       if (certify_box) certify_box(solver, k);
     });
-    report << base.warnings << "    base case: " << (base.answer == verdict::unsatisfiable ? "unsatisfiable" : "candidate solution box found")
-           << std::endl;
+    report << base.warnings << "    base case: "
+           << (base.answer == verdict::unsatisfiable ? "unsatisfiable" : "candidate solution box found") << std::endl;
     if (base.answer == verdict::box) {
-      report << std::endl << "RESULT:" << std::endl << "    target reachable at depth " << k << std::endl << base.report;
-      return;
+      report << std::endl << "RESULT:" << std::endl
+             << (of_invariant ? "    invariant false at depth " : "    target reachable at depth ") << k << std::endl
+             << base.report;
+      return false;
     }
     const case_result step = run_case(root, settings, options, k, true);
-    report << step.warnings << "    step case: " << (step.answer == verdict::unsatisfiable ? "unsatisfiable" : "candidate solution box found")
-           << std::endl << std::endl;
+    report << step.warnings << "    step case: "
+           << (step.answer == verdict::unsatisfiable ? "unsatisfiable" : "candidate solution box found") << std::endl
+           << std::endl;
     if (step.answer == verdict::unsatisfiable) {
-      report << "RESULT:" << std::endl << "    target unreachable at every depth (proved by induction at k = " << k << ")"
-             << std::endl << step.report << std::endl;
-      return;
+      const std::string proved = " at every depth (proved by induction at k = " + std::to_string(k) + ")";
+      if (of_invariant) {
+        report << "    invariant holds" << proved << std::endl << std::endl;
+        return true;
+      }
+      report << "RESULT:" << std::endl << "    target unreachable" << proved << std::endl << step.report << std::endl;
+      return true;
     }
     // The step case's box: states that no induction at this k excludes, a hint for an invariant.
     if (options.max_k >= 0 && static_cast<int>(k) >= options.max_k) {
-      report << "RESULT:" << std::endl << "    not proven up to k = " << k << std::endl << step.report;
-      return;
+      report << "RESULT:" << std::endl << (of_invariant ? "    invariant not proven up to k = " : "    not proven up to k = ")
+             << k << std::endl << step.report;
+      return false;
     }
   }
 }

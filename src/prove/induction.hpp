@@ -21,6 +21,7 @@ enum class verdict { unsatisfiable, box };
 struct prove_settings {
   int max_k = -1;                  // the largest k tried; -1: no limit
   bool simple_path_reals = false;  // simple paths also for systems with real state variables
+  hexpr* invariant = nullptr;      // a proved invariant (a prepared formula root) the step case assumes
 };
 
 struct case_result {
@@ -35,8 +36,14 @@ struct case_result {
 case_result run_case(hexpr& root, const run_settings_t& settings, const prove_settings& options, unsigned k,
                      bool step_case, const std::function<void(const krait_solver&)>& after_box = {});
 
-// The whole proof with its report on standard output.
-void prove_target(hexpr& root, const run_settings_t& settings, const prove_settings& options,
-                  const std::function<void(const krait_solver&, unsigned depth)>& certify_box = {});
+// The SETTINGS section, as the program prints it.
+void print_settings(const run_settings_t& settings);
+
+// The whole proof with its report on standard output; true when proved. For the user's
+// invariant (`of_invariant`, the system's TARGET being its negation) a proof is reported as an
+// intermediate line, and a failure in the words of an invariant.
+bool prove_target(hexpr& root, const run_settings_t& settings, const prove_settings& options,
+                  const std::function<void(const krait_solver&, unsigned depth)>& certify_box = {},
+                  bool of_invariant = false);
 
 }  // namespace prove
