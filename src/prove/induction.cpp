@@ -1,7 +1,12 @@
 // k-induction, each case searched in a child process.
 #include "prove/induction.hpp"
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <cmath>
+#include <cstdio>
+#include <stdexcept>
 #include <cstdlib>
 #include <set>
 #include <utility>
@@ -9,7 +14,6 @@
 #include <iostream>
 #include <string>
 
-#include "base/child.hpp"
 #include "driver/run.hpp"
 #include "hexpr/hexpr_nodes.hpp"
 #include "hexpr/translate.hpp"
@@ -91,83 +95,176 @@ bool all_discrete() {
   return true;
 }
 
-// In the child: the case searched; its verdict on a line of its own after any warnings of the
-// search, the report of the case after it.
-void search_case(hexpr& root, const run_settings_t& settings, const prove_settings& options, unsigned k, bool step_case,
-                              const std::function<void(const krait_solver&)>& after_box) {
-  krait_solver solver;
-  solver.push_context();
-  configure_solver(solver, settings);
-  if (!step_case) translate_part(solver, root, 0, 0);
-  for (unsigned i = 0; i < k; ++i) {
-    translate_part(solver, root, 1, i);
-    if (step_case) translate_negated_target(solver, root, i);
+// One case carried from k to k + 1 in its own solver, as bounded model checking carries its
+// unwinding: the base case keeps INIT and the steps of TRANS; the step case keeps TRANS, TARGET
+// negated at the states before the last, the invariant and the states kept apart. TARGET at the
+// last state lives in a context of its own for one search. Learned clauses are reused and
+// shifted as the options ask, as bounded model checking does.
+class case_search {
+ public:
+  case_search(hexpr& root, const run_settings_t& settings, const prove_settings& options, bool step_case,
+              const std::function<void(const krait_solver&, unsigned depth)>& after_box)
+      : root_(root), settings_(settings), options_(options), step_case_(step_case), after_box_(after_box) {
+    solver_.push_context();
+    configure_solver(solver_, settings);
+    if (!step_case_) translate_part(solver_, root_, 0, 0);
   }
-  // A proved invariant holds in every reachable state: the step case may assume it in all.
-  if (step_case && options.invariant != nullptr) {
-    for (unsigned i = 0; i <= k; ++i) {
-      solver.order_key_counter = i;
-      solver.set_translation_phase(2);
-      translation_phase = 2;
-      options.invariant->hexpr2krait(solver, i, 1);
-      solver.set_translation_phase(0);
+
+  // The search at k (one more than the last); its verdict on a line of its own after any
+  // warnings, the report of the case after it.
+  void run(unsigned k) {
+    for (; steps_ < k; ++steps_) {
+      translate_part(solver_, root_, 1, steps_);
+      if (step_case_) translate_negated_target(solver_, root_, steps_);
+    }
+    if (settings_.shifting) solver_.shift_pending();
+    if (settings_.reuse) solver_.reuse_dclauses(saved_);
+    // A proved invariant holds in every reachable state: the step case may assume it in all.
+    // It is no part of TRANS: what is learned from it is never shifted to other steps.
+    for (; step_case_ && options_.invariant != nullptr && assumed_ <= k; ++assumed_) {
+      solver_.order_key_counter = assumed_;
+      solver_.set_translation_phase(3);
+      translation_phase = 3;
+      options_.invariant->hexpr2krait(solver_, assumed_, 1);
+      solver_.set_translation_phase(0);
       translation_phase = 0;
     }
-  }
-  solver.push_context();
-  symtab.new_frame();
-  translate_part(solver, root, 2, k);
-  bool unsatisfiable = solver.solve();
-  // Simple paths: a box whose states may repeat is no counterexample to induction, since the
-  // loop between the repeated states can be cut. The states concerned are kept apart and the
-  // case searched again; the constraints stay for every later search of this case.
-  std::set<std::pair<unsigned, unsigned>> kept;
-  if (step_case && (options.simple_path_reals || all_discrete())) {
-    while (!unsatisfiable) {
-      // Pairs kept apart already may still meet in a box of real ranges: they add nothing.
-      std::vector<std::pair<unsigned, unsigned>> pairs = repeated_states(solver, k);
-      std::erase_if(pairs, [&](const auto& p) { return kept.count(p) > 0; });
-      if (pairs.empty()) break;
-      solver.pop_context();
-      symtab.delete_last_frame();
-      for (const auto& [i, j] : pairs) keep_apart(solver, i, j);
-      kept.insert(pairs.begin(), pairs.end());
-      solver.push_context();
-      symtab.new_frame();
-      translate_part(solver, root, 2, k);
-      unsatisfiable = solver.solve();
+    bool unsatisfiable = search(k);
+    // Simple paths: a box whose states may repeat is no counterexample to induction, since the
+    // loop between the repeated states can be cut. The states concerned are kept apart and the
+    // case searched again; the constraints stay for every later k.
+    std::size_t added = 0;
+    if (step_case_ && (options_.simple_path_reals || all_discrete())) {
+      while (!unsatisfiable) {
+        // Pairs kept apart already may still meet in a box of real ranges: they add nothing.
+        std::vector<std::pair<unsigned, unsigned>> pairs = repeated_states(solver_, k);
+        std::erase_if(pairs, [&](const auto& p) { return kept_.count(p) > 0; });
+        if (pairs.empty()) break;
+        close_target();
+        // Not a part of TRANS: never shifted to other steps.
+        solver_.set_translation_phase(3);
+        for (const auto& [i, j] : pairs) keep_apart(solver_, i, j);
+        solver_.set_translation_phase(0);
+        kept_.insert(pairs.begin(), pairs.end());
+        added += pairs.size();
+        unsatisfiable = search(k);
+      }
     }
-  }
-  if (!kept.empty())
-    std::cout << "    simple paths: " << kept.size() << (kept.size() == 1 ? " pair" : " pairs") << " of states kept apart" << std::endl;
-  std::cout << (unsatisfiable ? "verdict: unsatisfiable" : "verdict: box") << std::endl;
-  if (settings.show_statistics) {
-    std::cout << std::endl << "STATISTICS:" << std::endl;
-    solver.print_statistics("    ");
-  }
-  if (!unsatisfiable) {
-    if (settings.show_solution) {
-      std::cout << std::endl << "SOLUTION: " << std::endl;
-      symtab.print_solution(solver, std::cout, true);
+    if (added > 0) {
+      std::cout << "    simple paths: " << added << (added == 1 ? " pair" : " pairs") << " of states kept apart"
+                << std::endl;
     }
-    if (after_box) after_box(solver);
+    std::cout << (unsatisfiable ? "verdict: unsatisfiable" : "verdict: box") << std::endl;
+    if (settings_.show_statistics) {
+      std::cout << std::endl << "STATISTICS:" << std::endl;
+      solver_.print_statistics("    ");
+    }
+    if (!unsatisfiable) {
+      if (settings_.show_solution) {
+        std::cout << std::endl << "SOLUTION: " << std::endl;
+        symtab.print_solution(solver_, std::cout, true);
+      }
+      if (after_box_) after_box_(solver_, k);
+    }
+    if (settings_.reuse) saved_ = solver_.collect_reusable();
+    close_target();
   }
-}
+
+ private:
+  bool search(unsigned k) {
+    solver_.push_context();
+    symtab.new_frame();
+    target_open_ = true;
+    translate_part(solver_, root_, 2, k);
+    return solver_.solve();
+  }
+
+  void close_target() {
+    if (!target_open_) return;
+    solver_.pop_context();
+    symtab.delete_last_frame();
+    target_open_ = false;
+  }
+
+  hexpr& root_;
+  const run_settings_t& settings_;
+  const prove_settings& options_;
+  bool step_case_;
+  std::function<void(const krait_solver&, unsigned depth)> after_box_;
+  krait_solver solver_;
+  unsigned steps_ = 0;    // steps of TRANS translated
+  unsigned assumed_ = 0;  // states that assume the invariant
+  bool target_open_ = false;
+  std::set<std::pair<unsigned, unsigned>> kept_;
+  std::vector<saved_dclause> saved_;
+};
 
 }  // namespace
 
-case_result run_case(hexpr& root, const run_settings_t& settings, const prove_settings& options, unsigned k,
-                     bool step_case, const std::function<void(const krait_solver&)>& after_box) {
-  const child_output child = run_in_child([&] { search_case(root, settings, options, k, step_case, after_box); });
-  // A fatal error in the child ends the run as it would have ended the program.
-  std::cerr << child.err << std::flush;
-  if (!child.exited || child.status != 0) std::exit(child.exited ? child.status : 1);
+case_worker::case_worker(hexpr& root, const run_settings_t& settings, const prove_settings& options, bool step_case,
+                         const std::function<void(const krait_solver&, unsigned depth)>& after_box) {
+  int down[2], up[2];
+  if (pipe(down) != 0 || pipe(up) != 0) throw std::runtime_error("cannot open a pipe");
+  std::cout.flush();
+  std::fflush(nullptr);
+  pid_ = fork();
+  if (pid_ < 0) throw std::runtime_error("cannot start a child process");
+  if (pid_ == 0) {
+    // The child reads a k per line and answers on its standard output, each answer closed by a
+    // line of its own; standard error stays the program's.
+    close(down[1]);
+    close(up[0]);
+    dup2(up[1], 1);
+    close(up[1]);
+    std::FILE* requests = fdopen(down[0], "r");
+    case_search search(root, settings, options, step_case, after_box);
+    for (unsigned k; std::fscanf(requests, "%u", &k) == 1;) {
+      search.run(k);
+      std::cout << end_marker << std::endl;
+      std::fflush(stdout);
+    }
+    _exit(0);
+  }
+  close(down[0]);
+  close(up[1]);
+  requests_ = fdopen(down[1], "w");
+  answers_ = fdopen(up[0], "r");
+}
+
+case_worker::~case_worker() {
+  // Closing the requests ends the child's loop.
+  if (requests_ != nullptr) std::fclose(requests_);
+  if (answers_ != nullptr) std::fclose(answers_);
+  if (pid_ > 0) waitpid(pid_, nullptr, 0);
+}
+
+case_result case_worker::run(unsigned k) {
+  std::fprintf(requests_, "%u\n", k);
+  std::fflush(requests_);
+  std::string text;
+  bool ended = false;
+  char buffer[4096];
+  while (!ended && std::fgets(buffer, sizeof buffer, answers_) != nullptr) {
+    if (std::string(buffer) == std::string(end_marker) + "\n") {
+      ended = true;
+    } else {
+      text += buffer;
+    }
+  }
+  if (!ended) {
+    // A fatal error in the child has said why on standard error; the run ends as it would have.
+    int status = 0;
+    waitpid(pid_, &status, 0);
+    pid_ = 0;
+    std::cout << text << std::flush;
+    std::exit(WIFEXITED(status) && WEXITSTATUS(status) != 0 ? WEXITSTATUS(status) : 1);
+  }
   case_result r;
-  const std::size_t at = child.out.find("verdict: ");
-  const std::size_t end = child.out.find('\n', at);
-  r.warnings = child.out.substr(0, at);
-  r.answer = child.out.substr(at, end - at) == "verdict: unsatisfiable" ? verdict::unsatisfiable : verdict::box;
-  r.report = child.out.substr(end + 1);
+  const std::size_t at = text.find("verdict: ");
+  const std::size_t end = text.find('\n', at);
+  r.warnings = text.substr(0, at);
+  r.answer = text.substr(at, end - at) == "verdict: unsatisfiable" ? verdict::unsatisfiable : verdict::box;
+  r.report = text.substr(end + 1);
   return r;
 }
 
@@ -182,11 +279,11 @@ void print_settings(const run_settings_t& settings) {
 bool prove_target(hexpr& root, const run_settings_t& settings, const prove_settings& options,
                   const std::function<void(const krait_solver&, unsigned depth)>& certify_box, bool of_invariant) {
   std::ostream& report = std::cout;
+  case_worker base_case(root, settings, options, false, certify_box);
+  case_worker step_case(root, settings, options, true);
   for (unsigned k = 0;; ++k) {
     report << "SOLVING:" << std::endl << "    k = " << k << std::endl;
-    const case_result base = run_case(root, settings, options, k, false, [&](const krait_solver& solver) {
-      if (certify_box) certify_box(solver, k);
-    });
+    const case_result base = base_case.run(k);
     report << base.warnings << "    base case: "
            << (base.answer == verdict::unsatisfiable ? "unsatisfiable" : "candidate solution box found") << std::endl;
     if (base.answer == verdict::box) {
@@ -195,7 +292,7 @@ bool prove_target(hexpr& root, const run_settings_t& settings, const prove_setti
              << base.report;
       return false;
     }
-    const case_result step = run_case(root, settings, options, k, true);
+    const case_result step = step_case.run(k);
     report << step.warnings << "    step case: "
            << (step.answer == verdict::unsatisfiable ? "unsatisfiable" : "candidate solution box found") << std::endl
            << std::endl;

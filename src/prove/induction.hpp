@@ -7,6 +7,7 @@
 // target need not loop: simple paths, which make the induction complete for finite systems). An unsatisfiable step case after unsatisfiable base cases up
 // to k proves the target unreachable at every depth; only "unsatisfiable" proves anything.
 
+#include <cstdio>
 #include <functional>
 #include <string>
 
@@ -30,11 +31,26 @@ struct case_result {
   std::string report;    // the statistics block, and the SOLUTION block of a box
 };
 
-// One case at one k in a child process of its own (the symbol table and the translation are
-// process-wide, and each case needs its own instances of the variables). `after_box` runs in the
-// child on a base case's box, its output added to the report.
-case_result run_case(hexpr& root, const run_settings_t& settings, const prove_settings& options, unsigned k,
-                     bool step_case, const std::function<void(const krait_solver&)>& after_box = {});
+// One case (base or step) searched in a child process of its own, carried from k to k + 1:
+// the symbol table and the translation are process-wide, and each case needs its own instances
+// of the variables. `after_box` runs in the child on a box (with its depth), its output added to the report. A
+// fatal error in the child ends the run with its status.
+class case_worker {
+ public:
+  case_worker(hexpr& root, const run_settings_t& settings, const prove_settings& options, bool step_case,
+              const std::function<void(const krait_solver&, unsigned depth)>& after_box = {});
+  ~case_worker();
+  case_worker(const case_worker&) = delete;
+  case_worker& operator=(const case_worker&) = delete;
+
+  case_result run(unsigned k);  // k = 0, 1, 2, ... in turn
+
+ private:
+  static constexpr const char* end_marker = "end of case";
+  int pid_ = 0;
+  std::FILE* requests_ = nullptr;
+  std::FILE* answers_ = nullptr;
+};
 
 // The SETTINGS section, as the program prints it.
 void print_settings(const run_settings_t& settings);
