@@ -1,6 +1,9 @@
 // A check in a child process, its outcome handed back through a temporary file.
 #include "smt2/check.hpp"
 
+#include <unistd.h>
+
+#include <csignal>
 #include <cstdio>
 #include <iostream>
 #include <memory>
@@ -20,70 +23,108 @@
 namespace smt2 {
 namespace {
 
+constexpr unsigned refinement_seconds = 5;
+
+// One search at one splitting width, its box certified; false for a box the certifier could
+// not verify, whose outcome `out` then holds all the same.
+bool search_once(hexpr& root, const hexpr& original, double width, std::ostringstream& out) {
+  out.str("");
+  // The instances this search makes are dropped with the frame, ready for the next one.
+  krait_solver solver;
+  solver.push_context();
+  symtab.new_frame();
+  solver.set_min_split_width(width);
+  root.hexpr2krait(solver, 0, 1);
+  bool settled = true;
+  if (solver.solve()) {
+    out << "unsat\n";
+  } else {
+    auto write_values = [&](const certify::formula& f, const std::vector<certify::range>& values) {
+      for (std::size_t i = 0; i < values.size(); ++i)
+        out << "value " << f.vars[i].name << " " << values[i].lower.get_str() << " " << values[i].upper.get_str() << "\n";
+    };
+    try {
+      const certify::formula f = certify::formula::plain(original);
+      const std::vector<certify::range> box = certify::read_box(f, solver);
+      const certify::certificate c = certify::certify(f, box);
+      if (c.kind == certify::verdict::verified || c.kind == certify::verdict::verified_beside) {
+        out << "sat\n";
+        write_values(f, c.witness);
+      } else {
+        std::string reason = c.lines.empty() ? "" : c.lines.front();
+        reason.erase(0, reason.find_first_not_of(' '));
+        out << "unknown\nreason candidate box; " << reason << "\n";
+        write_values(f, box);
+        settled = false;
+      }
+    } catch (const std::invalid_argument& unsupported) {
+      out << "unknown\nreason candidate box; the certifier does not handle " << unsupported.what() << "\n";
+      settled = false;
+    }
+  }
+  solver.pop_context();
+  symtab.delete_last_frame();
+  return settled;
+}
+
 // Runs in the child: searches, certifies and writes the outcome on standard output as lines of
-// "answer", then "reason TEXT" or "value NAME LOWER UPPER" (exact rationals). The program's
-// warnings may come between them, on lines of their own.
+// "answer", then "reason TEXT" or "value NAME LOWER UPPER" (exact rationals), then "end". The
+// program's warnings may come between them, on lines of their own. Without a width from the
+// script, a box the certifier cannot verify is searched again at a hundredth of the width,
+// twice: a coarse box may hold no solution or hide it from the points tried. Those searches get
+// a few seconds in all, so that an answer comes soon; each outcome is written as it is known,
+// and the last one complete counts.
 void search_and_certify(const std::string& text, const check_settings& settings) {
   if (settings.random_seed) random_seed = *settings.random_seed;
-  krait_solver* solver = new krait_solver;
-  solver->push_context();
   symtab.new_frame();
-  if (settings.min_split_width) solver->set_min_split_width(*settings.min_split_width);
   std::FILE* input = fmemopen(const_cast<char*>(text.data()), text.size(), "r");
-  hexpr* root = parse_hexpr_file(input);
+  hexpr* parsed = parse_hexpr_file(input);
   std::fclose(input);
-  std::unique_ptr<hexpr> original(copy_hexpr(root));
-  root = prepare_hexpr(root);
-  root->hexpr2krait(*solver, 0, 1);
+  std::unique_ptr<hexpr> original(copy_hexpr(parsed));
+  std::unique_ptr<hexpr> root(prepare_hexpr(parsed));
+  const std::vector<double> widths =
+      settings.min_split_width ? std::vector<double>{*settings.min_split_width} : std::vector<double>{0.1, 1e-3, 1e-5};
   std::ostringstream out;
-  if (solver->solve()) {
-    std::cout << "\nunsat\n" << std::flush;
-    return;
+  for (std::size_t i = 0; i < widths.size(); ++i) {
+    const bool settled = search_once(*root, *original, widths[i], out);
+    const std::string block = "\n" + out.str() + "end\n";
+    std::cout.flush();
+    std::fflush(stdout);
+    if (write(1, block.data(), block.size()) < 0) return;
+    if (settled) return;
+    if (i == 0) alarm(refinement_seconds);
   }
-  auto write_values = [&](const certify::formula& f, const std::vector<certify::range>& values) {
-    for (std::size_t i = 0; i < values.size(); ++i)
-      out << "value " << f.vars[i].name << " " << values[i].lower.get_str() << " " << values[i].upper.get_str() << "\n";
-  };
-  try {
-    const certify::formula f = certify::formula::plain(*original);
-    const std::vector<certify::range> box = certify::read_box(f, *solver);
-    const certify::certificate c = certify::certify(f, box);
-    if (c.kind == certify::verdict::verified || c.kind == certify::verdict::verified_beside) {
-      out << "sat\n";
-      write_values(f, c.witness);
-    } else {
-      std::string reason = c.lines.empty() ? "" : c.lines.front();
-      reason.erase(0, reason.find_first_not_of(' '));
-      out << "unknown\nreason candidate box; " << reason << "\n";
-      write_values(f, box);
-    }
-  } catch (const std::invalid_argument& unsupported) {
-    out << "unknown\nreason candidate box; the certifier does not handle " << unsupported.what() << "\n";
-  }
-  std::cout << "\n" << out.str() << std::flush;
 }
 
 }  // namespace
 
 outcome run_check(const std::string& problem_text, const check_settings& settings) {
-  outcome result;
+  outcome result, reading;
   const child_output child = run_in_child([&] { search_and_certify(problem_text, settings); });
   std::istringstream lines(child.out);
-  bool answered = false;
+  bool answered = false, open = false;
   for (std::string line; std::getline(lines, line);) {
-    if (!answered) {
-      answered = line == "sat" || line == "unsat" || line == "unknown";
-      result.answer = line == "sat" ? outcome::sat : line == "unsat" ? outcome::unsat : outcome::unknown;
+    if (line == "sat" || line == "unsat" || line == "unknown") {
+      reading = outcome{};
+      reading.answer = line == "sat" ? outcome::sat : line == "unsat" ? outcome::unsat : outcome::unknown;
+      open = true;
+    } else if (!open) {
+      continue;  // a warning of the search
+    } else if (line == "end") {
+      result = reading;
+      answered = true;
+      open = false;
     } else if (line.starts_with("reason ")) {
-      result.message = line.substr(7);
+      reading.message = line.substr(7);
     } else if (line.starts_with("value ")) {
       std::istringstream fields(line.substr(6));
       std::string name, lower, upper;
       fields >> name >> lower >> upper;
-      result.values[name] = {mpq_class(lower, 10), mpq_class(upper, 10)};
+      reading.values[name] = {mpq_class(lower, 10), mpq_class(upper, 10)};
     }
   }
-  if (child.exited && child.status == 0 && answered) return result;
+  // A search cut off by its time leaves the outcome of the one before it.
+  if (answered && (child.exited ? child.status == 0 : child.status == SIGALRM)) return result;
   std::string message = child.err;
   // The program's error lines begin "Error: "; the response quotes the message alone.
   const std::size_t at = message.find("Error: ");
