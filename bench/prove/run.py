@@ -29,12 +29,12 @@ import atexit
 import os
 import re
 import shutil
-import signal
-import subprocess
 import sys
 import tempfile
-import time
 from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
+from timed import timed_run  # noqa: E402
 
 MODELS = Path(__file__).resolve().parent / 'models'
 DEPTH = 50          # krait's fixed unwinding, and the horizon of every check
@@ -44,25 +44,7 @@ PROVE_ONLY = {'--simple_path_reals'}    # options krait itself refuses
 
 def run(command, timeout):
     """(exit status or None at the timeout, CPU seconds, standard output and error)."""
-    with tempfile.TemporaryFile() as out:
-        proc = subprocess.Popen(command, stdout=out, stderr=subprocess.STDOUT,
-                                stdin=subprocess.DEVNULL, start_new_session=True)
-        start, killed, pause = time.monotonic(), False, 0.001
-        while True:     # polled, so that the kill can never reach a process group already reaped
-            pid, status, usage = os.wait4(proc.pid, os.WNOHANG)
-            if pid:
-                break
-            if not killed and time.monotonic() - start > timeout:
-                os.killpg(proc.pid, signal.SIGKILL)
-                killed = True
-            time.sleep(pause)
-            pause = min(pause * 2, 0.02)
-        out.seek(0)
-        text = out.read().decode(errors='replace')
-    if killed:
-        # krait-prove's own children are in its group: gone with it
-        return None, usage.ru_utime + usage.ru_stime, text
-    return os.waitstatus_to_exitcode(status), usage.ru_utime + usage.ru_stime, text
+    return timed_run(command, timeout)
 
 
 def header(path):

@@ -22,13 +22,13 @@ import math
 import os
 import re
 import shutil
-import signal
-import subprocess
 import sys
 import tempfile
-import time
 from fractions import Fraction
 from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
+from timed import timed_run  # noqa: E402
 
 PROBLEMS = Path(__file__).resolve().parent / 'problems'
 KRAIT = 'krait-smt2'
@@ -39,23 +39,8 @@ KINDS = ['sat', 'unsat', 'unknown', 'timeout', 'error']
 
 def run(command, path, timeout):
     """(answer, CPU seconds, standard output) of one run; killed at the timeout."""
-    with tempfile.TemporaryFile() as out:
-        proc = subprocess.Popen(command + [str(path)], stdout=out, stderr=subprocess.DEVNULL,
-                                stdin=subprocess.DEVNULL, start_new_session=True)
-        start, killed, pause = time.monotonic(), False, 0.001
-        while True:     # polled, so that the kill can never reach a process group already reaped
-            pid, status, usage = os.wait4(proc.pid, os.WNOHANG)
-            if pid:
-                break
-            if not killed and time.monotonic() - start > timeout:
-                os.killpg(proc.pid, signal.SIGKILL)
-                killed = True
-            time.sleep(pause)
-            pause = min(pause * 2, 0.02)
-        proc.returncode = os.waitstatus_to_exitcode(status)
-        out.seek(0)
-        text = out.read().decode(errors='replace')
-    seconds = usage.ru_utime + usage.ru_stime
+    status, seconds, text = timed_run(command + [str(path)], timeout, merge_stderr=False)
+    killed = status is None
     lines = [line.strip() for line in text.splitlines() if line.strip()]
     if killed:
         return 'timeout', seconds, text
