@@ -15,6 +15,10 @@ done
 for package in z3 python3-mpmath; do
   dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")
 done
+# krait-plot draws with matplotlib; krait-batch spreads runs with GNU parallel.
+for package in python3-matplotlib parallel; do
+  dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")
+done
 
 if [ ${#missing[@]} -gt 0 ]; then
   echo "Installing: ${missing[*]}"
