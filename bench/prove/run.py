@@ -10,15 +10,18 @@
 --dir DIR       the models' folder (default models/ beside this script)
 
 Each model starts with '-- options: ...' (for both programs, less those of krait-prove alone
-such as --simple_path_reals, which krait is not given), '-- expected: unreachable' or
-'-- expected: reachable at K' (K the first depth, by construction) and may say
-'-- needs: simple paths' or '-- needs: invariant'. Per model krait-prove runs with --max_k and
+such as --simple_path_reals, which krait is not given), '-- expected: unreachable',
+'-- expected: reachable at K' (K the first depth, by construction) or '-- expected: unprovable'
+(unreachable as written, but not for the doubles the search takes its constants as: no sound proof
+exists) and may say '-- needs: simple paths' or '-- needs: invariant'. Per model krait-prove runs with --max_k and
 the options, krait with --max_depth 50 and the options (every depth up to 50, not only up to the
 first box). Prints a table and the models not proven, and exits 1 on any failure:
   - krait-prove proves the target unreachable but krait finds a box at some depth up to 50,
     or any depth up to 50 is missing from krait's report;
   - krait-prove says reachable at a depth other than krait's first box;
   - either program contradicts the expected verdict or depth;
+  - krait-prove does not prove an unreachable model (times out or gives up), or proves an
+    unprovable one;
   - a base case of krait-prove disagrees with krait at the same depth;
   - krait-prove finds an unsatisfiable step case (a proof) on a model reachable at depth 40 or more;
   - a run that fails, times out or prints no verdict (a krait-prove that times out on a model not
@@ -48,16 +51,20 @@ def run(command, timeout):
 
 
 def header(path):
-    """(options, expected depth or None for unreachable, needs) from the model's first lines."""
+    """(options, expected depth or None for unreachable, whether a proof must be found, needs)
+    from the model's first lines."""
     lines = path.read_text().splitlines()
     m = re.fullmatch(r'-- options:(.*)', lines[0]) if lines else None
     if not m:
         raise ValueError(f'{path.name}: first line is not "-- options: ..."')
     options = m.group(1).split()
-    m = re.fullmatch(r'-- expected: (?:(unreachable)|reachable at (\d+))', lines[1] if len(lines) > 1 else '')
+    m = re.fullmatch(r'-- expected: (?:(unreachable|unprovable)|reachable at (\d+))',
+                     lines[1] if len(lines) > 1 else '')
     if not m:
-        raise ValueError(f'{path.name}: second line is not "-- expected: unreachable|reachable at K"')
+        raise ValueError(f'{path.name}: second line is not '
+                         '"-- expected: unreachable|unprovable|reachable at K"')
     expected = None if m.group(1) else int(m.group(2))
+    provable = m.group(1) != 'unprovable'
     needs = ''
     for line in lines[2:]:
         n = re.fullmatch(r'-- needs: (.*)', line)
@@ -65,7 +72,7 @@ def header(path):
             needs = n.group(1).strip()
         if not line.startswith('--'):
             break
-    return options, expected, needs
+    return options, expected, provable, needs
 
 
 def parse_prove(text):
@@ -103,7 +110,7 @@ def parse_bmc(text):
 BOX = 'candidate solution box found'
 
 
-def check(name, expected, max_k, prove, bmc):
+def check(name, expected, provable, max_k, prove, bmc):
     """(prove's verdict, krait's verdict, failures) of one model."""
     failures = []
     p_status, _, p_text = prove
@@ -145,6 +152,9 @@ def check(name, expected, max_k, prove, bmc):
     if result and p_status == 0:
         kind, k = result
         if kind == 'proved':
+            if not provable:
+                failures.append(f'krait-prove proves it (k = {k}), but the doubles of its constants '
+                                'make it reachable: no sound proof exists')
             if expected is not None:
                 failures.append(f'krait-prove proves it unreachable (k = {k}), reachable at {expected} by construction')
             if bmc_complete:
@@ -164,8 +174,12 @@ def check(name, expected, max_k, prove, bmc):
                 failures.append(f'krait-prove gives up at k = {k}, --max_k is {max_k}')
             if expected is not None and expected <= max_k:
                 failures.append(f'krait-prove does not find the target reachable at {expected} within k = {max_k}')
+            if expected is None and provable:
+                failures.append(f'krait-prove does not prove it within k = {max_k}, unreachable by construction')
     if p_status is None and expected is not None and expected <= max_k:
         failures.append(f'krait-prove timed out, the target is reachable at {expected}')
+    if p_status is None and expected is None and provable:
+        failures.append('krait-prove timed out, the target is unreachable by construction')
 
     # every base case krait-prove ran is the bounded check krait ran at the same depth
     for k, (base, _) in sorted(cases.items()):
@@ -231,18 +245,19 @@ def main():
     for path in models:
         name = path.stem
         try:
-            options, expected, needs = header(path)
+            options, expected, provable, needs = header(path)
         except ValueError as e:
             all_failures.append(str(e))
             continue
         prove = run([a.krait_prove, *options, '--max_k', str(a.max_k), str(path)], a.timeout)
         bmc = run([a.krait, *(o for o in options if o not in PROVE_ONLY), '--max_depth', str(DEPTH),
                    str(without_invariant(path, scratch))], a.timeout)
-        p_verdict, b_verdict, failures = check(name, expected, a.max_k, prove, bmc)
+        p_verdict, b_verdict, failures = check(name, expected, provable, a.max_k, prove, bmc)
         total_p += prove[1]
         total_b += bmc[1]
         ratio = f'{prove[1] / bmc[1]:8.2f}' if bmc[1] > 0 else f'{"-":>8}'
-        shown = 'unreachable' if expected is None else f'reachable at {expected}'
+        shown = f'reachable at {expected}' if expected is not None else \
+            'unreachable' if provable else 'unprovable'
         print(f'{name:20} {shown:16} {p_verdict:22} {prove[1]:7.3f} {b_verdict:22} {bmc[1]:7.3f} {ratio}',
               flush=True)
         if p_verdict.startswith('not proven') or p_verdict == 'timeout':

@@ -60,6 +60,12 @@ wrapper false-reach "$prove" mod_branch_loop \
     "sed 's/target unreachable at every depth (proved by induction at k = 4)/target reachable at depth 4/'"
 expect 1 'FAILED mod_branch_loop: krait-prove says reachable at 4, unreachable by construction' "$krait" "$tmp/false-reach"
 
+# an unreachable model left unproven
+wrapper give-up "$prove" mod_branch_loop \
+    "sed 's/target unreachable at every depth (proved by induction at k = 4)/not proven up to k = 50/'"
+expect 1 'FAILED mod_branch_loop: krait-prove does not prove it within k = 50, unreachable by construction' \
+    "$krait" "$tmp/give-up"
+
 # a base case that disagrees with krait at its depth
 wrapper base "$prove" counter_reset "sed 's/base case: unsatisfiable/base case: candidate solution box found/'"
 expect 1 'FAILED counter_reset: base case at k = 0 says "candidate solution box found", krait at depth 0 "unsatisfiable"' \
