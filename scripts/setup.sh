@@ -15,8 +15,9 @@ done
 for package in z3 python3-mpmath; do
   dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")
 done
-# krait-plot draws with matplotlib; krait-batch spreads runs with GNU parallel.
-for package in python3-matplotlib parallel; do
+# krait-plot draws with matplotlib; krait-batch spreads runs with GNU parallel; the manual
+# pages are checked with groff and read with man.
+for package in python3-matplotlib parallel groff-base man-db; do
   dpkg -s "$package" >/dev/null 2>&1 || missing+=("$package")
 done
 
