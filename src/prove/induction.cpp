@@ -1,9 +1,6 @@
 // k-induction, each case searched in a child process.
 #include "prove/induction.hpp"
 
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <cmath>
 #include <cstdio>
 #include <stdexcept>
@@ -202,62 +199,27 @@ class case_search {
 }  // namespace
 
 case_worker::case_worker(hexpr& root, const run_settings_t& settings, const prove_settings& options, bool step_case,
-                         const std::function<void(const krait_solver&, unsigned depth)>& after_box) {
-  int down[2], up[2];
-  if (pipe(down) != 0 || pipe(up) != 0) throw std::runtime_error("cannot open a pipe");
-  std::cout.flush();
-  std::fflush(nullptr);
-  pid_ = fork();
-  if (pid_ < 0) throw std::runtime_error("cannot start a child process");
-  if (pid_ == 0) {
-    // The child reads a k per line and answers on its standard output, each answer closed by a
-    // line of its own; standard error stays the program's.
-    close(down[1]);
-    close(up[0]);
-    dup2(up[1], 1);
-    close(up[1]);
-    std::FILE* requests = fdopen(down[0], "r");
-    case_search search(root, settings, options, step_case, after_box);
-    for (unsigned k; std::fscanf(requests, "%u", &k) == 1;) {
-      search.run(k);
-      std::cout << end_marker << std::endl;
-      std::fflush(stdout);
-    }
-    _exit(0);
-  }
-  close(down[0]);
-  close(up[1]);
-  requests_ = fdopen(down[1], "w");
-  answers_ = fdopen(up[0], "r");
-}
-
-case_worker::~case_worker() {
-  // Closing the requests ends the child's loop.
-  if (requests_ != nullptr) std::fclose(requests_);
-  if (answers_ != nullptr) std::fclose(answers_);
-  if (pid_ > 0) waitpid(pid_, nullptr, 0);
-}
+                         const std::function<void(const krait_solver&, unsigned depth)>& after_box)
+    : child_(
+          [&](std::FILE* requests, std::FILE*) {
+            // A k per line; the report of each search on standard output, closed by its marker.
+            case_search search(root, settings, options, step_case, after_box);
+            for (unsigned k; std::fscanf(requests, "%u", &k) == 1;) {
+              search.run(k);
+              std::cout << end_marker << std::endl;
+              std::fflush(stdout);
+            }
+          },
+          serving_child::answers_on::standard_output) {}
 
 case_result case_worker::run(unsigned k) {
-  std::fprintf(requests_, "%u\n", k);
-  std::fflush(requests_);
-  std::string text;
-  bool ended = false;
-  char buffer[4096];
-  while (!ended && std::fgets(buffer, sizeof buffer, answers_) != nullptr) {
-    if (std::string(buffer) == std::string(end_marker) + "\n") {
-      ended = true;
-    } else {
-      text += buffer;
-    }
-  }
-  if (!ended) {
+  child_.send(std::to_string(k) + "\n");
+  const serving_child::answer answer = child_.read_answer(end_marker);
+  const std::string& text = answer.text;
+  if (!answer.complete) {
     // A fatal error in the child has said why on standard error; the run ends as it would have.
-    int status = 0;
-    waitpid(pid_, &status, 0);
-    pid_ = 0;
     std::cout << text << std::flush;
-    std::exit(WIFEXITED(status) && WEXITSTATUS(status) != 0 ? WEXITSTATUS(status) : 1);
+    std::exit(child_.exited() && child_.status() != 0 ? child_.status() : 1);
   }
   case_result r;
   const std::size_t at = text.find("verdict: ");

@@ -11,6 +11,8 @@
 #include <functional>
 #include <string>
 
+#include "base/child.hpp"
+
 class hexpr;
 struct krait_solver;
 struct run_settings_t;
@@ -39,17 +41,12 @@ class case_worker {
  public:
   case_worker(hexpr& root, const run_settings_t& settings, const prove_settings& options, bool step_case,
               const std::function<void(const krait_solver&, unsigned depth)>& after_box = {});
-  ~case_worker();
-  case_worker(const case_worker&) = delete;
-  case_worker& operator=(const case_worker&) = delete;
 
   case_result run(unsigned k);  // k = 0, 1, 2, ... in turn
 
  private:
   static constexpr const char* end_marker = "end of case";
-  int pid_ = 0;
-  std::FILE* requests_ = nullptr;
-  std::FILE* answers_ = nullptr;
+  serving_child child_;
 };
 
 // The SETTINGS section, as the program prints it.
