@@ -360,8 +360,9 @@ std::string integer_end(const mpq_class& q, bool lower) {
 
 class writer {
  public:
-  writer(const symbols& table, std::vector<interval>& ranges, std::vector<std::string>& names)
-      : names_(names), finder_(table, ranges) {
+  writer(const symbols& table, const std::vector<interval>& ranges, const std::vector<std::string>& names,
+         helper_names& helpers)
+      : names_(names), ranges_(ranges), finder_(table, ranges_), constants_(helpers.pinned), counter_(helpers.counter) {
     for (const std::string& n : names) used_.insert(n);
   }
 
@@ -527,14 +528,15 @@ class writer {
     return v;
   }
 
-  std::vector<std::string>& names_;
+  const std::vector<std::string>& names_;
+  std::vector<interval> ranges_;
   range_finder finder_;
   std::set<std::string> used_;
-  std::map<mpq_class, std::string> constants_;
+  std::map<mpq_class, std::string>& constants_;
   std::map<const term*, std::string> helpers_;  // a shared subterm gets one variable
   std::map<const term*, int> uses_;
   std::map<const term*, std::string> shared_names_;
-  int counter_ = 0;
+  int& counter_;
 };
 
 }  // namespace
@@ -589,17 +591,90 @@ void name_constants(const symbols& table, problem& out) {
   }
 }
 
-// The declared end a written range gets, exactly as the text says it when `exact`.
-struct declared_end {
-  std::string text;
-  bool exact;
-};
+std::vector<interval> assertion_ranges(const std::vector<term_ref>& assertions, const symbols& table,
+                                       const std::optional<interval>& default_range, const std::vector<int>& wanted) {
+  std::vector<interval> ranges(table.declared.size());
+  for (const term_ref& a : assertions) {
+    std::vector<simple_bound> written;
+    if (!bounds_only(*a, written)) continue;
+    for (const simple_bound& b : written) {
+      std::optional<mpq_class>& end = b.lower ? ranges[static_cast<std::size_t>(b.var)].lo : ranges[static_cast<std::size_t>(b.var)].hi;
+      if (!end) end = b.value;
+    }
+  }
+  const std::vector<interval> implied = implied_ranges(assertions, table);
+  std::vector<interval> out(table.declared.size());
+  for (int i : wanted) {
+    interval& r = out[static_cast<std::size_t>(i)] = ranges[static_cast<std::size_t>(i)];
+    if (!r.lo) r.lo = implied[static_cast<std::size_t>(i)].lo;
+    if (!r.hi) r.hi = implied[static_cast<std::size_t>(i)].hi;
+    if (default_range) {
+      if (!r.lo) r.lo = default_range->lo;
+      if (!r.hi) r.hi = default_range->hi;
+    }
+  }
+  return out;
+}
 
-declared_end write_end(const mpq_class& q, bool lower, sort type) {
-  if (type == sort::integer) return {integer_end(q, lower), abs(q) < mpq_class(0x1p53)};
-  const std::string text = range_end(q, lower);
-  const std::optional<double> d = exact_double(q);
-  return {text, d && text == exact_decimal(*d)};
+std::string missing_range_message(const std::string& name, const interval& r) {
+  const std::string side = !r.lo && !r.hi ? "a lower and an upper" : !r.lo ? "a lower" : "an upper";
+  return "no finite range for " + name + ": add " + side + " bound, such as (assert (<= -100 " + name +
+         " 100)), or give --default-range LO HI";
+}
+
+declared_range declare_range(interval r, sort type) {
+  if (type == sort::integer) {
+    mpz_class lo, hi;
+    mpz_cdiv_q(lo.get_mpz_t(), r.lo->get_num_mpz_t(), r.lo->get_den_mpz_t());
+    mpz_fdiv_q(hi.get_mpz_t(), r.hi->get_num_mpz_t(), r.hi->get_den_mpz_t());
+    r = {mpq_class(lo), mpq_class(hi)};
+  }
+  if (*r.lo > *r.hi) r.hi = r.lo;  // contradictory bounds: any range will do, the search finds them
+  auto written = [&](const mpq_class& q, bool lower) -> declared_end {
+    if (type == sort::integer) return {integer_end(q, lower), abs(q) < mpq_class(0x1p53)};
+    const std::string text = range_end(q, lower);
+    const std::optional<double> d = exact_double(q);
+    return {text, d && text == exact_decimal(*d)};
+  };
+  return {r, written(*r.lo, true), written(*r.hi, false)};
+}
+
+bool implied_by_ranges(const term& assertion, const std::vector<std::optional<declared_range>>& ranges) {
+  std::vector<simple_bound> written;
+  if (!bounds_only(assertion, written)) return false;
+  return std::all_of(written.begin(), written.end(), [&](const simple_bound& b) {
+    const std::optional<declared_range>& r = ranges[static_cast<std::size_t>(b.var)];
+    if (!r) return false;
+    const declared_end& e = b.lower ? r->low : r->high;
+    const mpq_class& end = b.lower ? *r->range.lo : *r->range.hi;
+    if (!e.exact) return false;
+    return b.lower ? (b.strict ? end > b.value : end >= b.value) : (b.strict ? end < b.value : end <= b.value);
+  });
+}
+
+written_formulas write_formulas(const std::vector<const term*>& assertions, const symbols& table,
+                                const std::vector<interval>& ranges, const std::vector<std::string>& names,
+                                helper_names& helpers) {
+  writer w(table, ranges, names, helpers);
+  for (const term* a : assertions) w.count(*a);
+  std::vector<std::string> body;
+  for (const term* a : assertions) body.push_back(w.formula(*a));
+  written_formulas out;
+  out.declarations = std::move(w.declarations);
+  out.formulas = std::move(w.definitions);
+  out.formulas.insert(out.formulas.end(), body.begin(), body.end());
+  return out;
+}
+
+std::string krait_text(const std::string& comment, const std::vector<std::string>& declarations,
+                       const std::vector<std::string>& formulas, const std::string& placeholder) {
+  std::string text = "-- " + comment + "\nDECL\n";
+  for (const std::string& d : declarations) text += "  " + d + ";\n";
+  if (declarations.empty()) text += "  boole " + placeholder + ";\n";
+  text += "EXPR\n";
+  for (const std::string& f : formulas) text += "  " + f + ";\n";
+  if (formulas.empty()) text += "  true;\n";
+  return text;
 }
 
 problem build_problem(const std::vector<term_ref>& assertions, const symbols& table,
@@ -608,93 +683,53 @@ problem build_problem(const std::vector<term_ref>& assertions, const symbols& ta
   for (const auto& [name, index] : table.constants) out.declared.push_back(index);
   std::sort(out.declared.begin(), out.declared.end());
 
-  // Ranges as the script writes them: each end from the first assertion made of bounds alone
-  // that bounds it (later ones stay constraints, as a formula's own bounds must). Ends they
-  // leave open come from all relations, as far as sound narrowing reaches.
-  std::vector<interval> ranges(table.declared.size());
-  std::vector<std::vector<simple_bound>> written(assertions.size());
-  std::vector<bool> pure(assertions.size(), false);
-  for (std::size_t a = 0; a < assertions.size(); ++a) {
-    pure[a] = bounds_only(*assertions[a], written[a]);
-    if (!pure[a]) continue;
-    for (const simple_bound& b : written[a]) {
-      std::optional<mpq_class>& end = b.lower ? ranges[static_cast<std::size_t>(b.var)].lo : ranges[static_cast<std::size_t>(b.var)].hi;
-      if (!end) end = b.value;
-    }
-  }
-  const std::vector<interval> implied = implied_ranges(assertions, table);
   std::vector<bool> mentioned(table.declared.size(), false);
   auto mark = [&](auto&& self, const term& t) -> void {
     if (t.kind == op::variable) mentioned[static_cast<std::size_t>(t.var)] = true;
     for (const term_ref& a : t.args) self(self, *a);
   };
   for (const term_ref& a : assertions) mark(mark, *a);
+  std::vector<int> wanted;
+  for (int i : out.declared)
+    if (table.declared[static_cast<std::size_t>(i)].type != sort::boolean && mentioned[static_cast<std::size_t>(i)]) wanted.push_back(i);
+  const std::vector<interval> found = assertion_ranges(assertions, table, default_range, wanted);
 
-  std::vector<declared_end> lows(table.declared.size()), highs(table.declared.size());
+  std::vector<std::optional<declared_range>> declared(table.declared.size());
+  std::vector<interval> ranges(table.declared.size());
+  out.lows.assign(table.declared.size(), 0);
   for (int i : out.declared) {
     const declaration& d = table.declared[static_cast<std::size_t>(i)];
-    interval& r = ranges[static_cast<std::size_t>(i)];
     if (d.type == sort::boolean) continue;
-    if (!mentioned[static_cast<std::size_t>(i)]) r = {mpq_class(0), mpq_class(0)};
-    if (!r.lo) r.lo = implied[static_cast<std::size_t>(i)].lo;
-    if (!r.hi) r.hi = implied[static_cast<std::size_t>(i)].hi;
-    if (default_range) {
-      if (!r.lo) r.lo = default_range->lo;
-      if (!r.hi) r.hi = default_range->hi;
-    }
-    if (!r.lo || !r.hi) {
-      const std::string side = !r.lo && !r.hi ? "a lower and an upper" : !r.lo ? "a lower" : "an upper";
-      throw missing_range("no finite range for " + d.name + ": add " + side + " bound, such as (assert (<= -100 " +
-                          d.name + " 100)), or give --default-range LO HI");
-    }
-    if (d.type == sort::integer) {
-      mpz_class lo, hi;
-      mpz_cdiv_q(lo.get_mpz_t(), r.lo->get_num_mpz_t(), r.lo->get_den_mpz_t());
-      mpz_fdiv_q(hi.get_mpz_t(), r.hi->get_num_mpz_t(), r.hi->get_den_mpz_t());
-      r = {mpq_class(lo), mpq_class(hi)};
-    }
-    if (*r.lo > *r.hi) r.hi = r.lo;  // contradictory bounds: any range will do, the search finds them
-    lows[static_cast<std::size_t>(i)] = write_end(*r.lo, true, d.type);
-    highs[static_cast<std::size_t>(i)] = write_end(*r.hi, false, d.type);
+    // A constant no assertion mentions takes any value: 0.
+    const interval r = mentioned[static_cast<std::size_t>(i)] ? found[static_cast<std::size_t>(i)] : interval{mpq_class(0), mpq_class(0)};
+    if (!r.lo || !r.hi) throw missing_range(missing_range_message(d.name, r));
+    declared[static_cast<std::size_t>(i)] = declare_range(r, d.type);
+    ranges[static_cast<std::size_t>(i)] = declared[static_cast<std::size_t>(i)]->range;
+    out.lows[static_cast<std::size_t>(i)] = *ranges[static_cast<std::size_t>(i)].lo;
   }
-
-  // An assertion of bounds that the declared ranges imply exactly says nothing more.
-  auto implied_by_range = [&](const simple_bound& b) {
-    const std::size_t v = static_cast<std::size_t>(b.var);
-    const declared_end& e = b.lower ? lows[v] : highs[v];
-    const mpq_class& end = b.lower ? *ranges[v].lo : *ranges[v].hi;
-    if (!e.exact) return false;
-    return b.lower ? (b.strict ? end > b.value : end >= b.value) : (b.strict ? end < b.value : end <= b.value);
-  };
 
   out.names.assign(table.declared.size(), "");
   name_constants(table, out);
-  writer w(table, ranges, out.names);
-  for (const term_ref& a : assertions) w.count(*a);
-  std::vector<std::string> body;
-  for (std::size_t a = 0; a < assertions.size(); ++a) {
-    if (pure[a] && std::all_of(written[a].begin(), written[a].end(), implied_by_range)) continue;
-    body.push_back(w.formula(*assertions[a]));
-  }
+  // An assertion of bounds that the declared ranges imply exactly says nothing more.
+  std::vector<const term*> kept;
+  for (const term_ref& a : assertions)
+    if (!implied_by_ranges(*a, declared)) kept.push_back(a.get());
+  helper_names helpers;
+  const written_formulas written = write_formulas(kept, table, ranges, out.names, helpers);
 
-  std::string text = "-- " + source + ", as krait-smt2 reads it\nDECL\n";
+  std::vector<std::string> declarations;
   for (int i : out.declared) {
     const declaration& d = table.declared[static_cast<std::size_t>(i)];
     const std::string& name = out.names[static_cast<std::size_t>(i)];
     if (d.type == sort::boolean) {
-      text += "  boole " + name + ";\n";
+      declarations.push_back("boole " + name);
     } else {
-      text += std::string("  ") + (d.type == sort::integer ? "int" : "float") + " [" + lows[static_cast<std::size_t>(i)].text +
-              ", " + highs[static_cast<std::size_t>(i)].text + "] " + name + ";\n";
+      const declared_range& r = *declared[static_cast<std::size_t>(i)];
+      declarations.push_back(std::string(d.type == sort::integer ? "int" : "float") + " [" + r.low.text + ", " + r.high.text + "] " + name);
     }
   }
-  for (const std::string& d : w.declarations) text += "  " + d + ";\n";
-  if (out.declared.empty() && w.declarations.empty()) text += "  boole unused_;\n";
-  text += "EXPR\n";
-  for (const std::string& d : w.definitions) text += "  " + d + ";\n";
-  for (const std::string& b : body) text += "  " + b + ";\n";
-  if (body.empty() && w.definitions.empty()) text += "  true;\n";
-  out.text = text;
+  declarations.insert(declarations.end(), written.declarations.begin(), written.declarations.end());
+  out.text = krait_text(source + ", as krait-smt2 reads it", declarations, written.formulas, "unused_");
   return out;
 }
 
