@@ -151,6 +151,17 @@ certify::enclosure enclose(const term& t, const std::vector<std::optional<value_
   }
 }
 
+// The witness speaks of the constants of the formula searched. The others: those the
+// assertions do not mention range over the point 0; those whose every assertion the declared
+// ranges imply were dropped from the formula and hold any value of their range, say its
+// lower end.
+void complete_model(outcome& o, const problem& p, const std::vector<mpq_class>& lows) {
+  for (int i : p.declared) {
+    const mpq_class& low = lows[static_cast<std::size_t>(i)];
+    o.values.emplace(p.names[static_cast<std::size_t>(i)], value_range{low, low});
+  }
+}
+
 }  // namespace
 
 script::script(std::ostream& out, std::string source, checker check)
@@ -364,6 +375,7 @@ void script::check_sat(const sexpr& c) {
     error(c.line, o.message);
     return;
   }
+  if (o.answer == outcome::sat) complete_model(o, p, p.lows);
   out_ << (o.answer == outcome::sat ? "sat" : o.answer == outcome::unsat ? "unsat" : "unknown") << std::endl;
   reason_unknown_ = o.answer == outcome::unknown ? o.message : "";
   last_ = std::move(o);
@@ -382,12 +394,8 @@ void script::get_model(const sexpr& c) {
   if (last_->answer == outcome::unknown) out_ << "  ; unknown: " << last_->message << std::endl;
   for (int i : last_problem_.declared) {
     const declaration& d = table_.declared[static_cast<std::size_t>(i)];
-    auto v = last_->values.find(last_problem_.names[static_cast<std::size_t>(i)]);
-    if (v == last_->values.end()) {
-      // A constant no assertion mentions: its range is the point 0.
-      if (last_->answer == outcome::unknown) continue;
-      v = last_->values.emplace(last_problem_.names[static_cast<std::size_t>(i)], value_range{0, 0}).first;
-    }
+    const auto v = last_->values.find(last_problem_.names[static_cast<std::size_t>(i)]);
+    if (v == last_->values.end()) continue;  // a box leaves out what the search never saw
     if (last_->answer == outcome::unknown) {
       out_ << "  ; " << d.name << " in [" << plain_toward(v->second.lower, 17, true) << ", "
            << plain_toward(v->second.upper, 17, false) << "]" << std::endl;
@@ -407,8 +415,7 @@ void script::get_value(const sexpr& c) {
   if (!c.items[1].is_list() || c.items[1].items.empty()) throw script_error(c.line, "get-value takes a list of terms");
   std::vector<std::optional<value_range>> model(table_.declared.size());
   for (int i : last_problem_.declared) {
-    const auto v = last_->values.find(last_problem_.names[static_cast<std::size_t>(i)]);
-    model[static_cast<std::size_t>(i)] = v != last_->values.end() ? v->second : value_range{0, 0};
+    model[static_cast<std::size_t>(i)] = last_->values.at(last_problem_.names[static_cast<std::size_t>(i)]);
   }
   std::string response = "(";
   evaluator eval{model};

@@ -217,5 +217,17 @@ TEST(Script, CommandsAndResponses) {
   EXPECT_NE(searched[0].find("DECL\n  float [0, 1] x;\n  float [-5, 5] x_y;\nEXPR\n  true;\n"), std::string::npos) << searched[0];
 }
 
+TEST(Script, ModelOfConstantsLeftOutOfTheFormula) {
+  // Bounds that the declared range implies drop out of the formula, and the witness does not
+  // name their constant: the model takes its range's lower end, not 0.
+  std::ostringstream out;
+  script quiet(out, "test", [](const std::string&, const check_settings&) { return outcome{outcome::sat, "", {}}; });
+  std::istringstream in("(declare-const x Int)(declare-const y Real)(declare-const z Real)(assert (<= 5 x 10))"
+                        "(assert (and (>= y 1.5) (<= y 2)))(check-sat)(get-model)(get-value ((* x y)))");
+  quiet.run(in);
+  EXPECT_EQ(out.str(), "sat\n(\n  (define-fun x () Int 5)\n  (define-fun y () Real 1.5)\n  (define-fun z () Real 0.0)\n)\n"
+                       "(((* x y) 7.5))\n");
+}
+
 }  // namespace
 }  // namespace smt2
