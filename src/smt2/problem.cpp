@@ -576,15 +576,19 @@ std::vector<interval> implied_ranges(const std::vector<term_ref>& assertions, co
   return ranges;
 }
 
+std::string language_name(const std::string& name) {
+  std::string base = name;
+  for (char& c : base)
+    if (!(std::isalnum(static_cast<unsigned char>(c)) || c == '_')) c = '_';
+  if (!plain_name(base) || base.starts_with("c_") || base.starts_with("q_") || base.starts_with("ite_")) base = "s_" + base;
+  return base;
+}
+
 // Names: the script's own where the language allows them, otherwise a readable variant.
 void name_constants(const symbols& table, problem& out) {
   std::set<std::string> taken;
   for (int i : out.declared) {
-    const std::string& name = table.declared[static_cast<std::size_t>(i)].name;
-    std::string base = name;
-    for (char& c : base)
-      if (!(std::isalnum(static_cast<unsigned char>(c)) || c == '_')) c = '_';
-    if (!plain_name(base) || base.starts_with("c_") || base.starts_with("q_") || base.starts_with("ite_")) base = "s_" + base;
+    const std::string base = language_name(table.declared[static_cast<std::size_t>(i)].name);
     std::string unique = base;
     for (int k = 2; !taken.insert(unique).second; ++k) unique = base + "_" + std::to_string(k);
     out.names[static_cast<std::size_t>(i)] = unique;
@@ -602,7 +606,11 @@ std::vector<interval> assertion_ranges(const std::vector<term_ref>& assertions, 
       if (!end) end = b.value;
     }
   }
-  const std::vector<interval> implied = implied_ranges(assertions, table);
+  // Narrowing through every relation is the costly part: only for ends the bounds leave open.
+  std::vector<interval> implied;
+  for (int i : wanted)
+    if (implied.empty() && (!ranges[static_cast<std::size_t>(i)].lo || !ranges[static_cast<std::size_t>(i)].hi))
+      implied = implied_ranges(assertions, table);
   std::vector<interval> out(table.declared.size());
   for (int i : wanted) {
     interval& r = out[static_cast<std::size_t>(i)] = ranges[static_cast<std::size_t>(i)];
@@ -677,11 +685,19 @@ std::string krait_text(const std::string& comment, const std::vector<std::string
   return text;
 }
 
-problem build_problem(const std::vector<term_ref>& assertions, const symbols& table,
-                      const std::optional<interval>& default_range, const std::string& source) {
+problem named_constants(const symbols& table) {
   problem out;
   for (const auto& [name, index] : table.constants) out.declared.push_back(index);
   std::sort(out.declared.begin(), out.declared.end());
+  out.names.assign(table.declared.size(), "");
+  name_constants(table, out);
+  out.lows.assign(table.declared.size(), 0);
+  return out;
+}
+
+problem build_problem(const std::vector<term_ref>& assertions, const symbols& table,
+                      const std::optional<interval>& default_range, const std::string& source) {
+  problem out = named_constants(table);
 
   std::vector<bool> mentioned(table.declared.size(), false);
   auto mark = [&](auto&& self, const term& t) -> void {
@@ -696,7 +712,6 @@ problem build_problem(const std::vector<term_ref>& assertions, const symbols& ta
 
   std::vector<std::optional<declared_range>> declared(table.declared.size());
   std::vector<interval> ranges(table.declared.size());
-  out.lows.assign(table.declared.size(), 0);
   for (int i : out.declared) {
     const declaration& d = table.declared[static_cast<std::size_t>(i)];
     if (d.type == sort::boolean) continue;
@@ -708,8 +723,6 @@ problem build_problem(const std::vector<term_ref>& assertions, const symbols& ta
     out.lows[static_cast<std::size_t>(i)] = *ranges[static_cast<std::size_t>(i)].lo;
   }
 
-  out.names.assign(table.declared.size(), "");
-  name_constants(table, out);
   // An assertion of bounds that the declared ranges imply exactly says nothing more.
   std::vector<const term*> kept;
   for (const term_ref& a : assertions)

@@ -41,11 +41,19 @@ struct problem {
   std::vector<mpq_class> lows;
 };
 
+// The visible constants and their names as a problem gives them, without the text; every
+// lower end 0.
+problem named_constants(const symbols& table);
+
 // `default_range`, when given, ranges constants that the assertions leave unbounded.
 problem build_problem(const std::vector<term_ref>& assertions, const symbols& table,
                       const std::optional<interval>& default_range, const std::string& source);
 
 // ---- The parts of a problem, for texts that declare and assert a little at a time ----
+
+// A name of the script as the input language takes it: the script's own where the language
+// allows it, otherwise a readable variant (not yet told apart from the others).
+std::string language_name(const std::string& name);
 
 // The ranges the assertions give the constants `wanted` (declaration indices of Int and Real
 // constants; the other entries stay empty): each end from the first assertion made of bounds
