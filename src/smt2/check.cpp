@@ -23,57 +23,23 @@
 namespace smt2 {
 namespace {
 
-constexpr unsigned refinement_seconds = 5;
-
 // One search at one splitting width, its box certified; false for a box the certifier could
-// not verify, whose outcome `out` then holds all the same.
-bool search_once(hexpr& root, const hexpr& original, double width, std::ostringstream& out) {
-  out.str("");
+// not verify, whose outcome `lines` then holds all the same.
+bool search_once(hexpr& root, const hexpr& original, double width, std::string& lines) {
   // The instances this search makes are dropped with the frame, ready for the next one.
   krait_solver solver;
   solver.push_context();
   symtab.new_frame();
   solver.set_min_split_width(width);
   root.hexpr2krait(solver, 0, 1);
-  bool settled = true;
-  if (solver.solve()) {
-    out << "unsat\n";
-  } else {
-    auto write_values = [&](const certify::formula& f, const std::vector<certify::range>& values) {
-      for (std::size_t i = 0; i < values.size(); ++i)
-        out << "value " << f.vars[i].name << " " << values[i].lower.get_str() << " " << values[i].upper.get_str() << "\n";
-    };
-    try {
-      const certify::formula f = certify::formula::plain(original);
-      const std::vector<certify::range> box = certify::read_box(f, solver);
-      const certify::certificate c = certify::certify(f, box);
-      if (c.kind == certify::verdict::verified || c.kind == certify::verdict::verified_beside) {
-        out << "sat\n";
-        write_values(f, c.witness);
-      } else {
-        std::string reason = c.lines.empty() ? "" : c.lines.front();
-        reason.erase(0, reason.find_first_not_of(' '));
-        out << "unknown\nreason candidate box; " << reason << "\n";
-        write_values(f, box);
-        settled = false;
-      }
-    } catch (const std::invalid_argument& unsupported) {
-      out << "unknown\nreason candidate box; the certifier does not handle " << unsupported.what() << "\n";
-      settled = false;
-    }
-  }
+  const bool settled = describe_outcome(solver.solve(), original, solver, lines);
   solver.pop_context();
   symtab.delete_last_frame();
   return settled;
 }
 
-// Runs in the child: searches, certifies and writes the outcome on standard output as lines of
-// "answer", then "reason TEXT" or "value NAME LOWER UPPER" (exact rationals), then "end". The
-// program's warnings may come between them, on lines of their own. Without a width from the
-// script, a box the certifier cannot verify is searched again at a hundredth of the width,
-// twice: a coarse box may hold no solution or hide it from the points tried. Those searches get
-// a few seconds in all, so that an answer comes soon; each outcome is written as it is known,
-// and the last one complete counts.
+// Runs in the child: searches, certifies and writes each outcome as it is known on standard
+// output; the last one complete counts.
 void search_and_certify(const std::string& text, const check_settings& settings) {
   if (settings.random_seed) random_seed = *settings.random_seed;
   symtab.new_frame();
@@ -82,15 +48,13 @@ void search_and_certify(const std::string& text, const check_settings& settings)
   std::fclose(input);
   std::unique_ptr<hexpr> original(copy_hexpr(parsed));
   std::unique_ptr<hexpr> root(prepare_hexpr(parsed));
-  const std::vector<double> widths =
-      settings.min_split_width ? std::vector<double>{*settings.min_split_width} : std::vector<double>{0.1, 1e-3, 1e-5};
-  std::ostringstream out;
+  const std::vector<double> widths = search_widths(settings);
+  std::string lines;
   for (std::size_t i = 0; i < widths.size(); ++i) {
-    const bool settled = search_once(*root, *original, widths[i], out);
-    const std::string block = "\n" + out.str() + "end\n";
+    const bool settled = search_once(*root, *original, widths[i], lines);
     std::cout.flush();
     std::fflush(stdout);
-    if (write(1, block.data(), block.size()) < 0) return;
+    if (!write_outcome(1, lines)) return;
     if (settled) return;
     if (i == 0) alarm(refinement_seconds);
   }
@@ -98,10 +62,51 @@ void search_and_certify(const std::string& text, const check_settings& settings)
 
 }  // namespace
 
-outcome run_check(const std::string& problem_text, const check_settings& settings) {
-  outcome result, reading;
-  const child_output child = run_in_child([&] { search_and_certify(problem_text, settings); });
-  std::istringstream lines(child.out);
+std::vector<double> search_widths(const check_settings& settings) {
+  return settings.min_split_width ? std::vector<double>{*settings.min_split_width} : std::vector<double>{0.1, 1e-3, 1e-5};
+}
+
+bool describe_outcome(bool unsatisfiable, const hexpr& original, const krait_solver& solver, std::string& lines) {
+  if (unsatisfiable) {
+    lines = "unsat\n";
+    return true;
+  }
+  std::ostringstream out;
+  auto write_values = [&](const certify::formula& f, const std::vector<certify::range>& values) {
+    for (std::size_t i = 0; i < values.size(); ++i)
+      out << "value " << f.vars[i].name << " " << values[i].lower.get_str() << " " << values[i].upper.get_str() << "\n";
+  };
+  bool settled = true;
+  try {
+    const certify::formula f = certify::formula::plain(original);
+    const std::vector<certify::range> box = certify::read_box(f, solver);
+    const certify::certificate c = certify::certify(f, box);
+    if (c.kind == certify::verdict::verified || c.kind == certify::verdict::verified_beside) {
+      out << "sat\n";
+      write_values(f, c.witness);
+    } else {
+      std::string reason = c.lines.empty() ? "" : c.lines.front();
+      reason.erase(0, reason.find_first_not_of(' '));
+      out << "unknown\nreason candidate box; " << reason << "\n";
+      write_values(f, box);
+      settled = false;
+    }
+  } catch (const std::invalid_argument& unsupported) {
+    out << "unknown\nreason candidate box; the certifier does not handle " << unsupported.what() << "\n";
+    settled = false;
+  }
+  lines = out.str();
+  return settled;
+}
+
+bool write_outcome(int fd, const std::string& lines) {
+  const std::string block = "\n" + lines + "end\n";
+  return write(fd, block.data(), block.size()) == static_cast<ssize_t>(block.size());
+}
+
+bool read_outcome(const std::string& text, outcome& result) {
+  outcome reading;
+  std::istringstream lines(text);
   bool answered = false, open = false;
   for (std::string line; std::getline(lines, line);) {
     if (line == "sat" || line == "unsat" || line == "unknown") {
@@ -123,6 +128,13 @@ outcome run_check(const std::string& problem_text, const check_settings& setting
       reading.values[name] = {mpq_class(lower, 10), mpq_class(upper, 10)};
     }
   }
+  return answered;
+}
+
+outcome run_check(const std::string& problem_text, const check_settings& settings) {
+  outcome result;
+  const child_output child = run_in_child([&] { search_and_certify(problem_text, settings); });
+  const bool answered = read_outcome(child.out, result);
   // A search cut off by its time leaves the outcome of the one before it.
   if (answered && (child.exited ? child.status == 0 : child.status == SIGALRM)) return result;
   std::string message = child.err;
