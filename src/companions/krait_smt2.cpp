@@ -19,7 +19,7 @@
 namespace {
 
 const char* const usage_text =
-    "\nUsage: %s [--default-range LO HI] FILE\n"
+    "\nUsage: %s [--default-range LO HI] [--from-scratch] FILE\n"
     "       %s --to-krait FILE [--default-range LO HI]\n"
     "       %s --from-krait FILE [--depth K]\n\n"
     "   Reads an SMT-LIB 2 script (FILE, or - for standard input) and answers its commands\n"
@@ -28,6 +28,8 @@ const char* const usage_text =
     "   candidate box as comments in get-model). Every constant needs a finite range, read\n"
     "   from the assertions.\n\n"
     "   --default-range LO HI  range of constants the assertions leave unbounded\n"
+    "   --from-scratch         searches every check-sat anew from all assertions, instead of\n"
+    "                          keeping the solver's contexts from one check-sat to the next\n"
     "   --to-krait FILE        writes the script's assertions (at its first check-sat) as a\n"
     "                          Krait input on standard output\n"
     "   --from-krait FILE      writes a Krait input as an SMT-LIB script on standard output\n"
@@ -94,6 +96,7 @@ int main(int argc, char** argv) {
   const char* to = nullptr;
   const char* from = nullptr;
   int depth = -1;
+  bool from_scratch = false;
   std::optional<smt2::interval> range;
   for (int i = 1; i < argc; ++i) {
     const std::string arg = argv[i];
@@ -111,6 +114,8 @@ int main(int argc, char** argv) {
       if (!lo || !hi || *lo > *hi) fail("--default-range needs two decimal numbers LO <= HI");
       range = smt2::interval{*lo, *hi};
       i += 2;
+    } else if (arg == "--from-scratch") {
+      from_scratch = true;
     } else if (arg == "--to-krait" || arg == "--from-krait") {
       if (i + 1 >= argc) fail(arg + " needs a file");
       (arg == "--to-krait" ? to : from) = argv[++i];
@@ -128,6 +133,7 @@ int main(int argc, char** argv) {
   }
   if ((to != nullptr) + (from != nullptr) + (file != nullptr) != 1) fail("give one input: FILE, --to-krait FILE or --from-krait FILE; try --help");
   if (depth >= 0 && from == nullptr) fail("--depth applies to --from-krait only");
+  if (from_scratch && file == nullptr) fail("--from-scratch applies to a script's commands only");
   if (from != nullptr) return from_krait(from, depth);
 
   const char* name = to != nullptr ? to : file;
@@ -140,6 +146,7 @@ int main(int argc, char** argv) {
   if (to != nullptr) return to_krait(in, name, range);
   smt2::script s(std::cout, name);
   s.default_range = range;
+  if (!from_scratch) s.use_contexts(std::make_unique<smt2::search_process>());
   s.run(in);
   return 0;
 }

@@ -231,6 +231,7 @@ bool script::execute(const sexpr& c) {
     term_ref t = elaborate(c.items[1], table_);
     if (t->type != sort::boolean) throw script_error(c.line, "an assertion must be of sort Bool");
     assertions_.push_back(t);
+    assertion_ids_.push_back(++last_id_);
     last_.reset();
     success();
   } else if (name == "check-sat") {
@@ -248,7 +249,9 @@ bool script::execute(const sexpr& c) {
     arity(0);
     table_ = symbols{};
     assertions_.clear();
+    assertion_ids_.clear();
     frames_.clear();
+    forget_contexts();
     last_.reset();
     if (name == "reset") {
       logic_set_ = false;
@@ -315,6 +318,10 @@ void script::get_info(const sexpr& c) {
     out_ << "(:authors \"the Krait developers\")" << std::endl;
   } else if (key == ":error-behavior") {
     out_ << "(:error-behavior continued-execution)" << std::endl;
+  } else if (key == ":all-statistics") {
+    out_ << "(:check-sat-in-contexts " << statistics_.in_contexts << " :check-sat-from-scratch " << statistics_.from_scratch
+         << " :search-processes " << (contexts_ ? contexts_->started() : 0) << " :carried-clauses " << statistics_.carried
+         << ")" << std::endl;
   } else if (key == ":reason-unknown") {
     if (reason_unknown_.empty()) throw script_error(c.line, "the last check-sat did not answer unknown");
     out_ << "(:reason-unknown " << quoted(reason_unknown_) << ")" << std::endl;
@@ -361,25 +368,72 @@ void script::define(const sexpr& c) {
 problem script::current_problem() const { return build_problem(assertions_, table_, default_range, source_); }
 
 void script::check_sat(const sexpr& c) {
-  problem p;
-  try {
-    p = current_problem();
-  } catch (const std::runtime_error& e) {
-    reason_unknown_.clear();
-    throw script_error(c.line, e.what());
+  // In contexts the whole problem is written only when they cannot take it: its error, if it
+  // has one, is the answer then.
+  problem p = named_constants(table_);
+  std::vector<mpq_class> lows = p.lows;
+  std::optional<outcome> searched = contexts_ ? check_in_contexts(p, lows) : std::nullopt;
+  if (!searched) {
+    try {
+      p = current_problem();
+    } catch (const std::runtime_error& e) {
+      reason_unknown_.clear();
+      throw script_error(c.line, e.what());
+    }
+    lows = p.lows;
   }
-  outcome o = check_(p.text, settings_);
+  ++(searched ? statistics_.in_contexts : statistics_.from_scratch);
+  outcome o = searched ? std::move(*searched) : check_(p.text, settings_);
   if (o.answer == outcome::failed) {
     reason_unknown_ = o.message;
     out_ << "unknown" << std::endl;
     error(c.line, o.message);
     return;
   }
-  if (o.answer == outcome::sat) complete_model(o, p, p.lows);
+  if (o.answer == outcome::sat) complete_model(o, p, lows);
   out_ << (o.answer == outcome::sat ? "sat" : o.answer == outcome::unsat ? "unsat" : "unknown") << std::endl;
   reason_unknown_ = o.answer == outcome::unknown ? o.message : "";
   last_ = std::move(o);
   last_problem_ = std::move(p);
+}
+
+// The outcome speaks of the variables of the contexts' texts; `lows` gets the lower ends of
+// their declared ranges. None when the contexts cannot answer.
+std::optional<outcome> script::check_in_contexts(const problem& p, std::vector<mpq_class>& lows) {
+  stack_view stack{table_, assertions_, assertion_ids_, {0}, {0}, default_range};
+  for (const frame& f : frames_) {
+    stack.frame_ids.push_back(f.id);
+    stack.frame_starts.push_back(f.assertions);
+  }
+  context_planner::plan plan;
+  try {
+    plan = planner_.make_plan(stack);
+  } catch (const std::runtime_error&) {
+    return std::nullopt;  // the text from scratch is written otherwise, or says why not
+  }
+  const std::vector<context_operation> operations = std::move(plan.operations);
+  planner_.commit(std::move(plan));
+  std::optional<outcome> o = contexts_->check(operations, settings_);
+  if (!o) {
+    // The process has ended, or kept a state its contexts no longer tell: it starts afresh.
+    forget_contexts();
+    return std::nullopt;
+  }
+  statistics_.carried += o->carried;
+  std::map<std::string, value_range> values;
+  for (auto& [name, v] : o->values) {
+    const int i = planner_.declaration_of(name);
+    if (i >= 0 && !p.names[static_cast<std::size_t>(i)].empty()) values.emplace(p.names[static_cast<std::size_t>(i)], std::move(v));
+  }
+  o->values = std::move(values);
+  for (const auto& [i, v] : planner_.current().variables)
+    if (v.range) lows[static_cast<std::size_t>(i)] = *v.range->range.lo;
+  return o;
+}
+
+void script::forget_contexts() {
+  if (contexts_) contexts_->reset();
+  planner_.reset();
 }
 
 std::string script::value_text(const value_range& v, sort type) const {
@@ -450,9 +504,10 @@ void script::push(const sexpr& c, bool pop) {
       table_ = std::move(frames_.back().table);
       table_.declared = std::move(declared);
       assertions_.resize(frames_.back().assertions);
+      assertion_ids_.resize(frames_.back().assertions);
       frames_.pop_back();
     } else {
-      frames_.push_back({table_, assertions_.size()});
+      frames_.push_back({table_, assertions_.size(), ++last_id_});
     }
   }
   last_.reset();

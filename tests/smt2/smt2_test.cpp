@@ -229,5 +229,65 @@ TEST(Script, ModelOfConstantsLeftOutOfTheFormula) {
                        "(((* x y) 7.5))\n");
 }
 
+// Stands in for the search process: records what each check-sat sends.
+struct recording_search : context_search {
+  std::vector<std::string> log;
+  std::vector<std::optional<outcome>> answers;  // in turn; unsat once they run out
+  std::optional<outcome> check(const std::vector<context_operation>& sync, const check_settings&) override {
+    for (const context_operation& op : sync)
+      log.push_back(op.kind == context_operation::pop    ? "pop " + std::to_string(op.count)
+                    : op.kind == context_operation::push ? "push"
+                                                         : op.text.substr(op.text.find('\n') + 1));
+    log.push_back("check");
+    if (answers.empty()) return outcome{outcome::unsat, "", {}};
+    std::optional<outcome> a = answers.front();
+    answers.erase(answers.begin());
+    return a;
+  }
+  void reset() override { log.push_back("reset"); }
+  std::size_t started() const override { return 0; }
+};
+
+TEST(ScriptContexts, EachFrameItsContextAndRangesFromTheFramesBelow) {
+  std::ostringstream out;
+  std::vector<std::string> scratch;
+  script s(out, "test", [&](const std::string& text, const check_settings&) {
+    scratch.push_back(text);
+    return outcome{outcome::unsat, "", {}};
+  });
+  auto owned = std::make_unique<recording_search>();
+  recording_search& search = *owned;
+  s.use_contexts(std::move(owned));
+  // x has no upper end in the base frame: its assertion waits for the frame that gives one.
+  // The variable made there goes with that frame; the base then ranges x by its own frame.
+  // y, ranged in the base, stays when a later frame bounds it further. Helpers are numbered
+  // over the script's life, and a pinned constant of a popped context is made again.
+  std::istringstream in(
+      "(declare-const x Int)(declare-const y Int)(declare-const b Bool)(assert (>= x 0))(assert (<= 0 y 9))"
+      "(assert (or b (> y 2.5)))(push 1)(assert (<= x 3))(assert (> (* x y) (/ 1 3)))(assert (<= y 5))(check-sat)"
+      "(pop 1)(assert (<= x 100))(assert (= (* x x) 49))(check-sat)(get-model)"
+      "(push 1)(check-sat)(pop 1)(push 1)(assert (< (/ x 3) y (/ 1 3)))(check-sat)(get-info :all-statistics)"
+      "(reset-assertions)(declare-const x Real)(assert (<= 0 x 1))(check-sat)");
+  const outcome unsat{outcome::unsat, "", {}}, sat{outcome::sat, "", {{"x", {7, 7}}, {"c_9", {1, 1}}}};
+  search.answers = {unsat, sat, std::nullopt};
+  s.run(in);
+  const std::string base = "DECL\n  int [0, 100] x;\n  int [0, 9] y;\n  boole b;\nEXPR\n  (b or (y > 2.5));\n  ((x * x) = 49);\n";
+  EXPECT_EQ(search.log, (std::vector<std::string>{
+                            "DECL\n  int [0, 9] y;\n  boole b;\nEXPR\n  (b or (y > 2.5));\n", "push",
+                            "DECL\n  int [0, 3] x;\n  float [0.33333333333333326, 0.3333333333333334] c_1;\nEXPR\n"
+                            "  (3 * c_1) = 1;\n  ((x * y) > c_1);\n  (y <= 5);\n",
+                            "check", "pop 1", "DECL\n  int [0, 100] x;\nEXPR\n  ((x * x) = 49);\n", "check", "push", "check",
+                            "reset",  // the process ended: that check went from scratch, the next starts afresh
+                            base, "push",
+                            "DECL\n  float [0, 33.33333333333334] q_2;\n  float [0.33333333333333326, 0.3333333333333334] c_3;\n"
+                            "EXPR\n  (3 * q_2) = (1 * x);\n  (3 * c_3) = 1;\n  ((q_2 < y) and (y < c_3));\n",
+                            "check", "reset", "DECL\n  float [0, 1] x;\nEXPR\n  true;\n", "check"}));
+  EXPECT_EQ(scratch.size(), 1u);
+  // The witness's names are the texts'; y and b appear in no formula of the contexts.
+  EXPECT_EQ(out.str(), "unsat\nsat\n(\n  (define-fun x () Int 7)\n  (define-fun y () Int 0)\n  (define-fun b () Bool false)\n)\n"
+                       "unsat\nunsat\n(:check-sat-in-contexts 3 :check-sat-from-scratch 1 :search-processes 0 :carried-clauses 0)\n"
+                       "unsat\n");
+}
+
 }  // namespace
 }  // namespace smt2
