@@ -56,17 +56,19 @@ context_planner::plan context_planner::make_plan(const stack_view& stack) const 
     p.operations.push_back({context_operation::pop, s.contexts.size() - kept, ""});
     for (; s.contexts.size() > kept; s.contexts.pop_back()) forget(s, s.contexts.back());
   }
+  std::vector<std::size_t> waiting;  // live assertions without a context, oldest first
+  for (std::size_t a = 0; a < stack.assertions.size(); ++a)
+    if (!s.assertions.count(stack.assertion_ids[a])) waiting.push_back(a);
   for (std::size_t level = kept - 1; level < levels; ++level) {
     if (level == s.contexts.size()) {
       p.operations.push_back({context_operation::push, 0, ""});
       s.contexts.push_back({stack.frame_ids[level], {}, {}, {}});
     }
-    if (std::optional<std::string> text = translate_into(s, stack, level))
+    if (std::optional<std::string> text = translate_into(s, stack, level, waiting))
       p.operations.push_back({context_operation::translate, 0, std::move(*text)});
   }
   // Every live assertion has its place now, unless a constant has no range at all.
-  for (std::size_t a = 0; a < stack.assertions.size(); ++a) {
-    if (s.assertions.count(stack.assertion_ids[a])) continue;
+  for (std::size_t a : waiting) {
     std::set<int> used;
     variables_of(*stack.assertions[a], used);
     std::vector<int> open;
@@ -82,14 +84,16 @@ context_planner::plan context_planner::make_plan(const stack_view& stack) const 
 }
 
 // The text that translates, into the context of `level`, the assertions of the frames up to it
-// that wait, with the variables they need; none when nothing waits that can go there.
-std::optional<std::string> context_planner::translate_into(state& s, const stack_view& stack, std::size_t level) const {
+// that wait (taken off `waiting`), with the variables they need; none when nothing that waits
+// can go there.
+std::optional<std::string> context_planner::translate_into(state& s, const stack_view& stack, std::size_t level,
+                                                           std::vector<std::size_t>& all_waiting) const {
   const std::size_t end = level + 1 < stack.frame_starts.size() ? stack.frame_starts[level + 1] : stack.assertions.size();
   std::vector<std::size_t> waiting;
   std::vector<std::set<int>> needs;  // per waiting assertion: its constants without a variable
   std::set<int> open;
-  for (std::size_t a = 0; a < end; ++a) {
-    if (s.assertions.count(stack.assertion_ids[a])) continue;
+  for (std::size_t a : all_waiting) {
+    if (a >= end) break;
     std::set<int> used;
     variables_of(*stack.assertions[a], used);
     std::erase_if(used, [&](int v) { return s.variables.count(v) > 0; });
@@ -143,6 +147,7 @@ std::optional<std::string> context_planner::translate_into(state& s, const stack
     declared[static_cast<std::size_t>(v)] = known.range;
     if (known.range) ranges[static_cast<std::size_t>(v)] = known.range->range;
   }
+  std::erase_if(all_waiting, [&](std::size_t a) { return std::binary_search(ready.begin(), ready.end(), a); });
   std::vector<const term*> kept;
   for (std::size_t a : ready) {
     s.assertions[stack.assertion_ids[a]] = level;

@@ -80,7 +80,8 @@ class context_planner {
   int declaration_of(const std::string& name) const;
 
  private:
-  std::optional<std::string> translate_into(state& s, const stack_view& stack, std::size_t level) const;
+  std::optional<std::string> translate_into(state& s, const stack_view& stack, std::size_t level,
+                                            std::vector<std::size_t>& waiting) const;
 
   state state_;
 };
