@@ -67,7 +67,12 @@ serving_child::serving_child(const std::function<void(std::FILE*, std::FILE*)>& 
     close(down[1]);
     throw std::runtime_error("cannot open a pipe");
   }
-  pid_ = fork_or_throw();
+  try {
+    pid_ = fork_or_throw();
+  } catch (const std::runtime_error&) {
+    for (int fd : {down[0], down[1], up[0], up[1]}) close(fd);
+    throw;
+  }
   if (pid_ == 0) {
     close(down[1]);
     close(up[0]);
