@@ -18,6 +18,7 @@
 #include <map>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
 #include "base/child.hpp"
@@ -259,12 +260,16 @@ void search_process::reset() { child_.reset(); }
 
 std::optional<outcome> search_process::check(const std::vector<context_operation>& sync, const check_settings& settings) {
   if (!child_) {
-    child_ = std::make_unique<serving_child>(
-        [](std::FILE* requests, std::FILE* answers) {
-          context_server server;
-          server.serve(requests, answers);
-        },
-        serving_child::answers_on::own_stream);
+    try {
+      child_ = std::make_unique<serving_child>(
+          [](std::FILE* requests, std::FILE* answers) {
+            context_server server;
+            server.serve(requests, answers);
+          },
+          serving_child::answers_on::own_stream);
+    } catch (const std::runtime_error&) {
+      return std::nullopt;  // no process to be had: the search from scratch says why
+    }
     ++started_;
   }
   std::string request;
