@@ -88,6 +88,8 @@ int formula::variable_index(const std::string& name, bool primed, unsigned step)
   v.is_static = record.is_static;
   v.lower = literal_value(record.lower_text);
   v.upper = literal_value(record.upper_text);
+  v.lower_read = record.lower;
+  v.upper_read = record.upper;
   vars.push_back(v);
   return static_cast<int>(vars.size()) - 1;
 }
@@ -134,6 +136,7 @@ int formula::convert(const hexpr& e, unsigned step, int part, bool as_formula) {
       n.kind = op::number;
       n.value = c.literal.empty() ? mpq_class(c.value) : literal_value(c.literal);
       n.written = !c.text.empty() ? c.text : !c.literal.empty() ? c.literal : n.value.get_str();
+      n.read = c.value;
       return add(n);
     }
     case HEXPR_UMINUS: n.kind = op::negate; break;

@@ -32,6 +32,7 @@ struct node {
   int var = -1;             // variable: index into formula::vars
   mpq_class value;          // number
   std::string written;      // number: as the input writes it (or the constant's name)
+  double read = 0.0;        // number: the double the program reads it as
   mpz_class exponent;       // power, root
   int part = -1;            // the section a relation comes from (see formula::parts)
 };
@@ -43,6 +44,7 @@ struct variable {
   bool is_int = false;
   bool is_static = false;
   mpq_class lower, upper;  // the declared range as written
+  double lower_read = 0.0, upper_read = 0.0;  // the range as the program reads it
   std::string label(bool with_step) const;
 };
 

@@ -1,6 +1,7 @@
 // Writing the program's inputs as SMT-LIB scripts.
 #include "smt2/convert.hpp"
 
+#include <map>
 #include <stdexcept>
 
 #include "certify/formula.hpp"
@@ -35,7 +36,7 @@ class writer {
     auto arg = [&](std::size_t k) { return term(n.args[k]); };
     switch (n.kind) {
       case kind::variable: return name(static_cast<std::size_t>(n.var));
-      case kind::number: return rational_term(n.value, n.value.get_den() == 1);
+      case kind::number: return number(n);
       case kind::negate: return "(- " + arg(0) + ")";
       case kind::add: return "(+ " + arg(0) + " " + arg(1) + ")";
       case kind::subtract: return "(- " + arg(0) + " " + arg(1) + ")";
@@ -103,8 +104,19 @@ class writer {
   }
 
   std::vector<std::string> roots_, definitions_;
+  std::map<std::string, std::string> rounded_;  // a number as written, as the program reads it
 
  private:
+  // The double the program reads, exactly: the problem written is the one the search decides,
+  // so that another solver's answer can be set beside the program's, and the way back gives
+  // the same search.
+  std::string number(const certify::node& n) {
+    const mpq_class read(n.read);
+    const std::string text = rational_term(read, read.get_den() == 1);
+    if (read != n.value) rounded_.emplace(n.written, text);
+    return text;
+  }
+
   // A relation with the guards of the even roots met inside it since `from`.
   std::string relation(const std::string& text, std::size_t from) {
     if (guards_.size() == from) return text;
@@ -139,6 +151,7 @@ std::string krait_to_smt2(const hexpr& parsed, int depth, const std::string& sou
   const std::string logic = transcendental ? "QF_NRAT" : std::string("QF_") + (nonlinear ? "N" : "L") +
                                                              (integers && reals ? "IRA" : integers ? "IA" : "RA");
   std::string s = "; " + source + (system ? ", unwound to depth " + std::to_string(depth) : "") + ", written by krait-smt2\n";
+  for (const auto& [written, read] : w.rounded_) s += "; " + written + " is written as the double the program reads: " + read + "\n";
   s += "(set-logic " + logic + ")\n";
 
   // Declared order for a plain formula (it fixes the order of the search's variables), every
@@ -162,7 +175,8 @@ std::string krait_to_smt2(const hexpr& parsed, int depth, const std::string& sou
   for (std::size_t i : order) {
     if (w.boolean(i)) continue;
     const bool integral = f.vars[i].is_int;
-    s += "(assert (<= " + rational_term(f.vars[i].lower, integral) + " " + w.name(i) + " " + rational_term(f.vars[i].upper, integral) + "))\n";
+    const mpq_class lower(f.vars[i].lower_read), upper(f.vars[i].upper_read);
+    s += "(assert (<= " + rational_term(lower, integral) + " " + w.name(i) + " " + rational_term(upper, integral) + "))\n";
   }
   for (const std::string& d : w.definitions_) s += "(assert " + d + ")\n";
   s += "(assert " + body + ")\n(check-sat)\n(exit)\n";

@@ -333,7 +333,8 @@ bool plain_name(const std::string& s) {
   return reserved.count(s) == 0;
 }
 
-// A rational a double holds exactly, as an exact decimal; nothing otherwise.
+// A rational a double holds exactly, as an exact decimal; nothing otherwise. Exact, not the
+// shortest text that reads back as the double: the certifier takes a decimal as written.
 std::optional<std::string> exact_double_text(const mpq_class& q) {
   const std::optional<double> d = exact_double(q);
   if (!d) return std::nullopt;
@@ -342,20 +343,26 @@ std::optional<std::string> exact_double_text(const mpq_class& q) {
 
 // A declared end: on the outer side of `q` both as written and as the double it reads as.
 std::string range_end(const mpq_class& q, bool lower) {
-  char buffer[64];
-  auto shortest = [&](double d) { return std::string(buffer, std::to_chars(buffer, buffer + sizeof buffer, d).ptr); };
-  // A double with a short exact expansion is written exactly.
-  if (const std::optional<double> d = exact_double(q)) {
-    const std::string exact = exact_decimal(*d);
-    if (exact.size() <= 24) return exact;
-  }
+  if (const std::optional<std::string> exact = exact_double_text(q)) return *exact;
   // One double beyond the outward rounding: its shortest text lies within half a step of it.
-  return shortest(std::nextafter(double_toward(q, lower).get_d(), lower ? -HUGE_VAL : HUGE_VAL));
+  char buffer[64];
+  const double beyond = std::nextafter(double_toward(q, lower).get_d(), lower ? -HUGE_VAL : HUGE_VAL);
+  return std::string(buffer, std::to_chars(buffer, buffer + sizeof buffer, beyond).ptr);
 }
 
 std::string integer_end(const mpq_class& q, bool lower) {
   if (abs(q) < mpq_class(0x1p53)) return q.get_str();
   return exact_decimal(double_toward(q, lower).get_d());
+}
+
+bool same_term(const term& a, const term& b) {
+  if (&a == &b) return true;
+  if (a.kind != b.kind || a.type != b.type || a.var != b.var || a.exponent != b.exponent || a.value != b.value ||
+      a.args.size() != b.args.size())
+    return false;
+  for (std::size_t i = 0; i < a.args.size(); ++i)
+    if (!same_term(*a.args[i], *b.args[i])) return false;
+  return true;
 }
 
 class writer {
@@ -519,6 +526,14 @@ class writer {
 
   std::string choice(const term& t) {
     if (const auto known = helpers_.find(&t); known != helpers_.end()) return known->second;
+    // (ite (<= a b) a b) is min(a, b), (ite (>= a b) a b) max(a, b), strict or not: written so,
+    // they need no variable, and a Krait input written as SMT-LIB comes back as it was.
+    const term& test = *t.args[0];
+    if ((test.kind == op::less_equal || test.kind == op::less || test.kind == op::greater_equal || test.kind == op::greater) &&
+        same_term(*test.args[0], *t.args[1]) && same_term(*test.args[1], *t.args[2])) {
+      const bool min = test.kind == op::less_equal || test.kind == op::less;
+      return std::string(min ? "min(" : "max(") + arith(*t.args[1]) + ", " + arith(*t.args[2]) + ")";
+    }
     const std::string v = fresh("ite_");
     helpers_.emplace(&t, v);
     declare_range(v, finder_.forward(t));
@@ -640,9 +655,8 @@ declared_range declare_range(interval r, sort type) {
   if (*r.lo > *r.hi) r.hi = r.lo;  // contradictory bounds: any range will do, the search finds them
   auto written = [&](const mpq_class& q, bool lower) -> declared_end {
     if (type == sort::integer) return {integer_end(q, lower), abs(q) < mpq_class(0x1p53)};
-    const std::string text = range_end(q, lower);
-    const std::optional<double> d = exact_double(q);
-    return {text, d && text == exact_decimal(*d)};
+    // A double is written exactly (`range_end`): the end reads back as it is.
+    return {range_end(q, lower), exact_double(q).has_value()};
   };
   return {r, written(*r.lo, true), written(*r.hi, false)};
 }
