@@ -503,7 +503,7 @@ class writer {
         const mpz_class& d = magnitude.get_den();
         if (!exact_double_text(n) || !exact_double_text(d)) throw std::runtime_error("the number " + q.get_str() + " is too large");
         text = fresh("c_");
-        declare_range(text, {double_toward(magnitude, true), double_toward(magnitude, false)});
+        declare_range(text, {magnitude, magnitude});
         definitions.push_back("(" + *exact_double_text(d) + " * " + text + ") = " + *exact_double_text(n));
         constants_.emplace(magnitude, text);
       }
