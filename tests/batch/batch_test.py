@@ -46,11 +46,11 @@ def examples():
         what = f"{name}: {row}"
         float(row["cpu"]), float(row["wall"])
         if name in BOX:
-            check((row["status"], row["verdict"], row["depths"]) == ("ok", "sat", ""), what)
+            check((row["status"], row["verdict"], row["depths"]) == ("ok", "box", ""), what)
         elif name in FIRST_BOX_AT:
             k = FIRST_BOX_AT[name]
-            check((row["status"], row["verdict"]) == ("ok", "sat"), what)
-            check(row["depths"] == f"0-{k - 1}:unsat {k}:sat", what)
+            check((row["status"], row["verdict"]) == ("ok", "box"), what)
+            check(row["depths"] == f"0-{k - 1}:unsat {k}:box", what)
         elif name in ENDLESS:
             check((row["status"], row["message"], row["verdict"]) == ("timeout", "killed after 2 s", ""), what)
             check(row["depths"].startswith("0-") and row["depths"].endswith(":unsat")
@@ -72,13 +72,13 @@ def portfolio():
         run, rows = batch("--command", KRAIT, "--options", "", "--portfolio", lines,
                           "--options", "--msw 0,1", nearest, counter, "--sshloginfile", login)
     expected = [
-        (counter, "", "ok", "", "sat", "0-3:unsat 4:sat"),
-        (counter, "--min_depth 3 --max_depth 5", "ok", "", "unsat", "3:unsat 4:sat 5:unsat"),
+        (counter, "", "ok", "", "box", "0-3:unsat 4:box"),
+        (counter, "--min_depth 3 --max_depth 5", "ok", "", "unsat", "3:unsat 4:box 5:unsat"),
         (counter, "--minimize d", "error", "Error: Optimization is not yet available in BMC mode!", "", ""),
         (counter, "--msw 0,1", "error", "Error: Invalid minimal splitting width '0,1'.", "", ""),
-        (nearest, "", "ok", "", "sat", ""),
-        (nearest, "--min_depth 3 --max_depth 5", "ok", "", "sat", ""),
-        (nearest, "--minimize d", "ok", "", "sat", ""),
+        (nearest, "", "ok", "", "box", ""),
+        (nearest, "--min_depth 3 --max_depth 5", "ok", "", "box", ""),
+        (nearest, "--minimize d", "ok", "", "box", ""),
         (nearest, "--msw 0,1", "error", "Error: Invalid minimal splitting width '0,1'.", "", "")]
     got = [tuple(row[c] for c in ("file", "options", "status", "message", "verdict", "depths")) for row in rows]
     check(run.returncode == 0 and got == expected, f"portfolio: {run.stderr} {got}")
