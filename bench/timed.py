@@ -1,4 +1,4 @@
-"""One run of a command with its CPU time, for the benchmark runners."""
+"""One run of a command with its CPU time, and a titled list, for the benchmark runners."""
 import os
 import signal
 import subprocess
@@ -27,3 +27,10 @@ def timed_run(command, timeout, merge_stderr=True):
         text = out.read().decode(errors='replace')
     seconds = usage.ru_utime + usage.ru_stime
     return (None if killed else os.waitstatus_to_exitcode(status)), seconds, text
+
+
+def print_list(title, items, prefix='  '):
+    """'title: N' (or 'none'), then each item on a line of its own after `prefix`."""
+    print(f'{title}: {len(items) if items else "none"}')
+    for item in items:
+        print(f'{prefix}{item}')

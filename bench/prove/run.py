@@ -37,7 +37,7 @@ import tempfile
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
-from timed import timed_run  # noqa: E402
+from timed import print_list, timed_run  # noqa: E402
 
 MODELS = Path(__file__).resolve().parent / 'models'
 DEPTH = 50          # krait's fixed unwinding, and the horizon of every check
@@ -266,12 +266,8 @@ def main():
 
     ratio = f'{total_p / total_b:.2f}' if total_b > 0 else '-'
     print(f'\ntotal CPU s: krait-prove {total_p:.2f}, krait {total_b:.2f}, ratio {ratio}')
-    print(f'not proven: {len(unproven) if unproven else "none"}')
-    for u in unproven:
-        print(f'  {u}')
-    print(f'failures: {len(all_failures) if all_failures else "none"}')
-    for f in all_failures:
-        print(f'FAILED {f}')
+    print_list('not proven', unproven)
+    print_list('failures', all_failures, prefix='FAILED ')
     return 1 if all_failures else 0
 
 

@@ -5,10 +5,7 @@ set -u
 here=$(cd "$(dirname "$0")" && pwd)
 krait=$(realpath "$1")
 prove=$(realpath "$2")
-python=$(command -v /usr/bin/python3 || command -v python3)
-tmp=$(mktemp -d)
-trap 'rm -rf "$tmp"' EXIT
-failures=0
+. "$here/../selftest_common.sh"
 
 wrapper() {     # NAME REAL MODEL FILTER [STATUS]: REAL's output through FILTER on MODEL, else as is
     local status='${PIPESTATUS[0]}'
@@ -24,16 +21,7 @@ END
 }
 
 expect() {      # STATUS TEXT KRAIT KRAIT_PROVE: run.py must exit with STATUS and print TEXT
-    local status=$1 text=$2
-    "$python" "$here/run.py" "$3" "$4" --share "$tmp/share" --timeout 60 > "$tmp/out" 2>&1
-    local got=$?
-    if [ "$got" != "$status" ] || ! grep -qF -- "$text" "$tmp/out"; then
-        echo "FAILED: run.py $3 $4 exited $got (wanted $status) or did not print: $text"
-        sed 's/^/    /' "$tmp/out"
-        failures=$((failures + 1))
-    else
-        echo "ok: $text"
-    fi
+    check_run "$1" "$2" "$python" "$here/run.py" "$3" "$4" --share "$tmp/share" --timeout 60
 }
 
 printf 'binary_counter\ncounter_reset\nmod_branch_loop\nnested_clock\n' > "$tmp/share"
@@ -85,5 +73,4 @@ expect 1 'FAILED counter_reset: krait-prove exited 1 without a result' "$krait" 
 wrapper bmc-crash "$krait" binary_counter cat 134
 expect 1 'FAILED binary_counter: krait --max_depth 50 exited 134' "$tmp/bmc-crash" "$prove"
 
-[ "$failures" = 0 ] && echo "selftest passed" || echo "selftest: $failures failed"
-[ "$failures" = 0 ]
+finish

@@ -28,7 +28,7 @@ from fractions import Fraction
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
-from timed import timed_run  # noqa: E402
+from timed import print_list, timed_run  # noqa: E402
 
 PROBLEMS = Path(__file__).resolve().parent / 'problems'
 KRAIT = 'krait-smt2'
@@ -244,9 +244,8 @@ def main():
             line += f' {len(both):5d} {theirs / mine if mine else math.inf:9.2f} {geo:8.2f}'
         print(line)
 
-    print(f'\ndisagreements: {len(notes) if notes else "none"}')
-    for n in notes:
-        print(f'  {n}')
+    print()
+    print_list('disagreements', notes)
     for b in bugs:
         print(f'SOUNDNESS BUG {b}')
     return 1 if bugs else 0

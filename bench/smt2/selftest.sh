@@ -3,10 +3,7 @@
 # which lie on one problem. Needs z3; cvc5 is used where installed.
 set -u
 here=$(cd "$(dirname "$0")" && pwd)
-python=$(command -v /usr/bin/python3 || command -v python3)
-tmp=$(mktemp -d)
-trap 'rm -rf "$tmp"' EXIT
-failures=0
+. "$here/../selftest_common.sh"
 
 wrapper() {     # NAME PROBLEM ANSWER: prints ANSWER for PROBLEM, asks z3 otherwise
     printf '#!/bin/sh\ncase "$1" in\n  */%s.smt2) echo %s ;;\n  *) exec z3 -smt2 "$1" ;;\nesac\n' "$2" "$3" > "$tmp/$1"
@@ -16,15 +13,7 @@ wrapper() {     # NAME PROBLEM ANSWER: prints ANSWER for PROBLEM, asks z3 otherw
 expect() {      # STATUS TEXT ARGS...: run.py ARGS must exit with STATUS and print TEXT
     local status=$1 text=$2
     shift 2
-    PATH="${run_path:-$PATH}" "$python" "$here/run.py" "$@" --timeout 20 > "$tmp/out" 2>&1
-    local got=$?
-    if [ "$got" != "$status" ] || ! grep -qF -- "$text" "$tmp/out"; then
-        echo "FAILED: run.py $* exited $got (wanted $status) or did not print: $text"
-        sed 's/^/    /' "$tmp/out"
-        failures=$((failures + 1))
-    else
-        echo "ok: $text"
-    fi
+    check_run "$status" "$text" env PATH="${run_path:-$PATH}" "$python" "$here/run.py" "$@" --timeout 20
 }
 
 # circles_01 is unsat by construction, factor_00 sat with an integer model, circles_00 sat where
@@ -54,5 +43,4 @@ ln -s "$(command -v z3)" "$tmp/bin/z3"
 run_path="$tmp/bin" expect 0 'cvc5 is not installed (apt-get install -y cvc5); running without it' \
     "$tmp/right" --share "$tmp/share" --peers z3,cvc5
 
-[ "$failures" = 0 ] && echo "selftest passed" || echo "selftest: $failures failed"
-[ "$failures" = 0 ]
+finish
