@@ -14,12 +14,10 @@ namespace {
 // they are compared only where no search ran.
 std::string dumps(const krait_solver& s, bool with_watches) {
   captured_cout out;
-  s.dump_variables("");
-  s.dump_tclauses("");
-  s.dump_dclauses("");
-  s.dump_assignments("");
-  s.dump_implication_queue("");
-  s.dump_pending_implications("");
+  for (auto dump : {&krait_solver::dump_variables, &krait_solver::dump_tclauses, &krait_solver::dump_dclauses,
+                    &krait_solver::dump_assignments, &krait_solver::dump_implication_queue,
+                    &krait_solver::dump_pending_implications})
+    (s.*dump)("");
   for (u64 n : {s.num_variables, s.num_boolean, s.num_integer, s.num_real, s.num_constant, s.num_dclauses,
                 s.num_tclauses, s.num_learned, s.num_templates, s.num_shifted_copies, s.num_other_learned,
                 u64{s.sharables.size()}, s.num_assignments, s.num_decisions})

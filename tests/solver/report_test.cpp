@@ -39,10 +39,9 @@ TEST(Report, SettingsAndStatisticsBlocks) {
 TEST(Report, DumpsUseTheSharedNotation) {
   krait_solver s;
   captured_cout out;
-  s.dump_dclauses("");
-  s.dump_tclauses("");
-  s.dump_variables("");
-  s.dump_implication_queue("");
+  for (auto dump : {&krait_solver::dump_dclauses, &krait_solver::dump_tclauses, &krait_solver::dump_variables,
+                    &krait_solver::dump_implication_queue})
+    (s.*dump)("");
   const u32 x = s.define_float_var(0, 4), y = s.define_int_var(0, 1);
   s.set_translation_phase(2);
   s.add_tclause(KRAIT_PRODUCT, x, y, 0);
