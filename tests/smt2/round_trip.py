@@ -1,47 +1,41 @@
 #!/usr/bin/env python3
 """Round trips: a Krait input written as SMT-LIB by krait-smt2 --from-krait and read back by
---to-krait must give the same report (statistics and solution) for a plain formula: every number
-is written as the double the program reads, and min and max as the ite they are, which comes back
-as min and max. Only the answer is compared for inputs with nrt, which SMT-LIB lacks (a variable
-that its definition pins), and for transition systems (unwound into a plain formula). Inputs with
-integers beyond what a double holds exactly cannot be written exactly: listed apart.
+--to-krait must give the same report for a plain formula (every number is written as the double
+the program reads, min and max as the ite they are). Only the answer is compared for inputs with
+nrt, which SMT-LIB lacks, and for transition systems, unwound to the depth their own run ends at.
+Inputs with integers beyond what a double holds exactly are listed apart.
 
-    round_trip.py KRAIT KRAIT_SMT2 FILE...
-
-A transition system is unwound to the depth its own run ends at. Exit status 1 on a difference."""
+    round_trip.py KRAIT KRAIT_SMT2 FILE...      (exit status 1 on a difference)
+"""
+import itertools
 import re
 import subprocess
 import sys
 import tempfile
 from pathlib import Path
 
-
-def run(args):
-    return subprocess.run(args, capture_output=True, text=True, timeout=600)
-
-
-def options(path):
-    first = path.read_text().splitlines()[0]
-    given = first[len('-- options:'):].split() if first.startswith('-- options:') else []
-    # A system unwound until it is satisfied may never end: six steps at most unless said.
-    if re.search(r'^\s*TRANS\b', path.read_text(), re.M) and '--max_depth' not in given:
-        given += ['--max_depth', '6']
-    return given
-
-
-def report(krait, path, extra=()):
-    """Everything from the first RESULT on, CPU times and the reading line dropped."""
-    out = run([krait, *options(path), *extra, str(path)]).stdout
-    lines = out.splitlines()
-    start = next((i for i, line in enumerate(lines) if line.startswith('SETTINGS:')), 0)
-    # SMT-LIB has no static constants; in a plain formula the word is only the solution's label.
-    return [line.replace(' (static ', ' (') for line in lines[start:] if 'time solver' not in line]
-
-
+SYSTEM = re.compile(r'^\s*TRANS\b', re.M)
 # Inputs whose search may change on the way back, and why.
 SEARCH_CHANGES = {
     'split_whole_double_range.krait': 'its own bound x <= 1e308 repeats the declared range and is dropped',
 }
+
+
+def run(args, stdin=None):
+    return subprocess.run(args, input=stdin, capture_output=True, text=True, timeout=600)
+
+
+def report(krait, path):
+    """Everything from the settings on, CPU times dropped."""
+    text = path.read_text()
+    given = text.splitlines()[0][len('-- options:'):].split() if text.startswith('-- options:') else []
+    # A system unwound until it is satisfied may never end: six steps at most unless said.
+    if SYSTEM.search(text) and '--max_depth' not in given:
+        given += ['--max_depth', '6']
+    lines = run([krait, *given, str(path)]).stdout.splitlines()
+    start = next((i for i, line in enumerate(lines) if line.startswith('SETTINGS:')), 0)
+    # SMT-LIB has no static constants; in a plain formula the word is only the solution's label.
+    return [line.replace(' (static ', ' (') for line in lines[start:] if 'time solver' not in line]
 
 
 def answers(lines):
@@ -54,17 +48,13 @@ def main():
     with tempfile.TemporaryDirectory() as tmp:
         for path in files:
             text = path.read_text()
-            system = re.search(r'^\s*TRANS\b', text, re.M) is not None
+            system = SYSTEM.search(text) is not None
             original = report(krait, path)
             if not answers(original):
                 continue  # an input the program refuses says nothing about conversion
-            depth = []
-            if system:
-                depths = [int(k) for k in re.findall(r'^    k = (\d+)$', '\n'.join(original), re.M)]
-                depth = ['--depth', str(depths[-1])]
-            written = run([smt2, '--from-krait', str(path), *depth])
-            back = Path(tmp) / path.name
-            read = subprocess.run([smt2, '--to-krait', '/dev/stdin'], input=written.stdout, capture_output=True, text=True)
+            depths = re.findall(r'^    k = (\d+)$', '\n'.join(original), re.M)
+            written = run([smt2, '--from-krait', str(path), *(['--depth', depths[-1]] if system else [])])
+            read = run([smt2, '--to-krait', '/dev/stdin'], written.stdout)
             if written.returncode or read.returncode:
                 if 'is too large' in read.stderr:
                     print(f'{path}: not convertible exactly (integers beyond 2^53 that no double holds)')
@@ -74,8 +64,8 @@ def main():
                 failures += 1
                 continue
             # The options line comes along, so that both searches run with the same settings.
-            head = text.splitlines()[0] + '\n' if text.startswith('-- options:') else ''
-            back.write_text(head + read.stdout)
+            back = Path(tmp) / path.name
+            back.write_text((text.splitlines()[0] + '\n' if text.startswith('-- options:') else '') + read.stdout)
             again = report(krait, back)
             want = answers(original)[-1:] if system else answers(original)
             if answers(again) != want:
@@ -84,11 +74,8 @@ def main():
             elif system or re.search(r'\bnrt\s*\(', text) or path.name in SEARCH_CHANGES:
                 same_answer += 1
             elif again != original:
-                print(f'{path}: the report differs after the round trip')
-                for a, b in zip(original, again):
-                    if a != b:
-                        print(f'    before: {a}\n    after:  {b}')
-                        break
+                a, b = next((a, b) for a, b in itertools.zip_longest(original, again, fillvalue='(none)') if a != b)
+                print(f'{path}: the report differs after the round trip\n    before: {a}\n    after:  {b}')
                 failures += 1
             else:
                 same_report += 1
