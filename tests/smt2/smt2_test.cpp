@@ -48,14 +48,22 @@ TEST(Reader, TokensLinesAndRecovery) {
   const auto rest = read_all("(a {)\n(b) )\n(c 1.)\n(d |x)\n(e", &errors);
   ASSERT_EQ(rest.size(), 1u);
   EXPECT_EQ(to_text(rest[0]), "(b)");
-  ASSERT_EQ(errors.size(), 4u);
-  EXPECT_EQ(errors[0], "1: unexpected character '{'");
-  EXPECT_EQ(errors[1], "2: unexpected ')'");
-  EXPECT_EQ(errors[2], "3: a decimal needs digits after '.'");
-  EXPECT_EQ(errors[3], "4: unterminated quoted symbol");
+  EXPECT_EQ(errors, (std::vector<std::string>{"1: unexpected character '{'", "2: unexpected ')'",
+                                              "3: a decimal needs digits after '.'", "4: unterminated quoted symbol"}));
   // Deep nesting is refused, not followed down the stack.
   errors.clear();
   EXPECT_TRUE(read_all(std::string(200000, '(') + std::string(200000, ')') + "(ok)", &errors).size() == 1 && errors.size() == 1);
+}
+
+// The message of the error_type that f throws; "" if it throws none.
+template <class error_type, class function>
+std::string message_of(function f) {
+  try {
+    f();
+  } catch (const error_type& e) {
+    return e.what();
+  }
+  return "";
 }
 
 struct fixture {
@@ -69,12 +77,7 @@ struct fixture {
   }
   term_ref term(const std::string& text) { return elaborate(read_all(text).at(0), table); }
   std::string error(const std::string& text) {
-    try {
-      term(text);
-    } catch (const script_error& e) {
-      return e.what();
-    }
-    return "";
+    return message_of<script_error>([&] { term(text); });
   }
   problem build(const std::vector<std::string>& assertions) {
     std::vector<term_ref> terms;
@@ -113,53 +116,36 @@ TEST(Elaboration, TermsBecomeTheLanguagesFormulae) {
             "  b;\n"
             "  (((((((x + c_1) + c_2) + c_1) + 0.25) = q_3) and (q_3 = ite_4)) and (ite_4 = (y * 0.25)));\n");
   // Values and names written back: decimals carried to their last place (1/1024 was once cut).
-  EXPECT_EQ(rational_term(mpq_class(1, 1024), false), "0.0009765625");
-  EXPECT_EQ(rational_term(mpq_class(-5, 2), false) + rational_term(mpq_class(1, 3), false) + rational_term(7, true) +
-                rational_term(7, false),
-            "(- 2.5)(/ 1 3)77.0");
+  EXPECT_EQ(rational_term(mpq_class(1, 1024), false) + rational_term(mpq_class(-5, 2), false) +
+                rational_term(mpq_class(1, 3), false) + rational_term(7, true) + rational_term(7, false),
+            "0.0009765625(- 2.5)(/ 1 3)77.0");
   EXPECT_EQ(symbol_term("x@2") + symbol_term("a b") + symbol_term("2x"), "x@2|a b||2x|");
   // Sorts and arities are checked.
-  EXPECT_EQ(f.error("(+ x b)"), "+ takes arithmetic arguments");
-  EXPECT_EQ(f.error("(and x b)"), "and takes Bool arguments");
-  EXPECT_EQ(f.error("(/ x y)"), "division is supported by constants only");
-  EXPECT_EQ(f.error("(/ x (- 2 2))"), "division is supported by constants only");
-  EXPECT_EQ(f.error("(/ x 0)"), "division by zero");
-  EXPECT_EQ(f.error("(^ x 2.5)"), "^ needs a constant natural exponent");
-  EXPECT_EQ(f.error("(ite b x b)"), "the branches of ite differ in sort");
-  EXPECT_EQ(f.error("(= x b)"), "the arguments of = differ in sort");
-  EXPECT_EQ(f.error("(f x)"), "unsupported function f");
-  EXPECT_EQ(f.error("z"), "unknown constant z");
-  EXPECT_EQ(f.error("(forall ((z Real)) (> z 0))"), "quantifiers are not supported");
+  for (const auto& [text, message] : std::vector<std::pair<std::string, std::string>>{
+           {"(+ x b)", "+ takes arithmetic arguments"}, {"(and x b)", "and takes Bool arguments"},
+           {"(/ x (- 2 2))", "division is supported by constants only"}, {"(/ x 0)", "division by zero"},
+           {"(^ x 2.5)", "^ needs a constant natural exponent"}, {"(ite b x b)", "the branches of ite differ in sort"},
+           {"(= x b)", "the arguments of = differ in sort"}, {"(f x)", "unsupported function f"},
+           {"z", "unknown constant z"}, {"(forall ((z Real)) (> z 0))", "quantifiers are not supported"}})
+    EXPECT_EQ(f.error(text), message) << text;
 }
 
 TEST(Ranges, WrittenImpliedOrMissing) {
   fixture f;
   // Ends that bounds leave open come from chains and sums of squares; integers get integral ends.
-  const std::string text = f.build({"(<= 0 x)", "(<= (+ (* x x) (* y y)) 4)", "(< n (* 2 x))", "(> n (- 5))", "b"}).text;
-  EXPECT_NE(text.find("  float [0, 2] x;\n  float [-2, 2] y;\n  int [-5, 4] n;\n  boole b;\nEXPR\n"
-                      "  (((x * x) + (y * y)) <= 4);\n  (n < (2 * x));\n  (n > (-5));\n  b;\n"),
-            std::string::npos)
-      << text;
+  EXPECT_EQ(f.body({"(<= 0 x)", "(<= (+ (* x x) (* y y)) 4)", "(< n (* 2 x))", "(> n (- 5))", "b"}),
+            "  float [0, 2] x;\n  float [-2, 2] y;\n  int [-5, 4] n;\n  boole b;\nEXPR\n"
+            "  (((x * x) + (y * y)) <= 4);\n  (n < (2 * x));\n  (n > (-5));\n  b;\n");
   // Bounds that a double holds only inexactly are kept beside the outward-rounded range.
-  EXPECT_NE(f.build({"(<= 0.1 x 1)"}).text.find("  float [0.09999999999999998, 1] x;\n  float [0, 0] y;\n  int [0, 0] n;\n  boole b;\n"
-                                                "  float [0.09999999999999998, 0.10000000000000002] c_1;\nEXPR\n"
-                                                "  (10 * c_1) = 1;\n  ((c_1 <= x) and (x <= 1));\n"),
-            std::string::npos) << f.build({"(<= 0.1 x 1)"}).text;
-  try {
-    f.build({"(<= 0 x 1)", "(<= y x)"});
-    FAIL();
-  } catch (const missing_range& e) {
-    EXPECT_STREQ(e.what(), "no finite range for y: add a lower bound, such as (assert (<= -100 y 100)), or give --default-range LO HI");
-  }
-
+  EXPECT_EQ(f.body({"(<= 0.1 x 1)"}),
+            "  float [0.09999999999999998, 1] x;\n  float [0, 0] y;\n  int [0, 0] n;\n  boole b;\n"
+            "  float [0.09999999999999998, 0.10000000000000002] c_1;\nEXPR\n"
+            "  (10 * c_1) = 1;\n  ((c_1 <= x) and (x <= 1));\n");
+  EXPECT_EQ(message_of<missing_range>([&] { f.build({"(<= 0 x 1)", "(<= y x)"}); }),
+            "no finite range for y: add a lower bound, such as (assert (<= -100 y 100)), or give --default-range LO HI");
   // A declared end beyond the doubles is refused (it once reached GMP as an infinite double).
-  try {
-    f.build({"(<= 0 x 1" + std::string(400, '0') + ")"});
-    FAIL();
-  } catch (const std::runtime_error& e) {
-    EXPECT_EQ(std::string(e.what()), "the number 1" + std::string(400, '0') + " lies beyond the doubles");
-  }
-
+  EXPECT_EQ(message_of<std::runtime_error>([&] { f.build({"(<= 0 x 1" + std::string(400, '0') + ")"}); }),
+            "the number 1" + std::string(400, '0') + " lies beyond the doubles");
   // Soundness: every point that satisfies random linear chains and circles lies in the ranges.
   std::mt19937_64 rng(7);
   for (int round = 0; round < 200; ++round) {
