@@ -197,30 +197,22 @@ def variant(case, change):
     return c
 
 
-def paths(t, path=()):
-    yield path, t
-    for i, c in enumerate(t[1:], 1):
-        if isinstance(c, tuple):
-            yield from paths(c, path + (i,))
-
-
-def replace(t, path, new):
-    return t[:path[0]] + (replace(t[path[0]], path[1:], new),) + t[path[0] + 1:] if path else new
-
-
 BOOLEAN = {'lit', 'true', 'false', 'not', 'rel', *lang.CONNECTIVES}
 
 
 def smaller(t):
-    """Trees one step simpler than t: a node replaced by a child of its kind or by a constant."""
-    for path, s in paths(t):
-        if s[0] in BOOLEAN:
-            alts = [c for c in s[1:] if isinstance(c, tuple) and c[0] in BOOLEAN]
-            alts += [('true',), ('false',)] if s[0] not in ('true', 'false') else []
-        else:
-            alts = [c for c in s[1:] if isinstance(c, tuple)]
-            alts += [('num', '0'), ('num', '1')] if s[0] != 'num' or s[1] not in ('0', '1') else []
-        yield from (replace(t, path, a) for a in alts)
+    """Trees one step simpler than t: a node replaced by a child of its kind or by a constant,
+    this node first, then those below it in order."""
+    if t[0] in BOOLEAN:
+        alts = [c for c in t[1:] if isinstance(c, tuple) and c[0] in BOOLEAN]
+        alts += [('true',), ('false',)] if t[0] not in ('true', 'false') else []
+    else:
+        alts = [c for c in t[1:] if isinstance(c, tuple)]
+        alts += [('num', '0'), ('num', '1')] if t[0] != 'num' or t[1] not in ('0', '1') else []
+    yield from alts
+    for i, c in enumerate(t[1:], 1):
+        if isinstance(c, tuple):
+            yield from (t[:i] + (s,) + t[i + 1:] for s in smaller(c))
 
 
 def shrinks(case, depth):
@@ -275,11 +267,6 @@ def minimise(binary, case, failure, workdir, budget_s, timeout):
 
 
 # Known faults: cases that fail for a reason someone is already repairing.
-
-def load_known():
-    rows = [line.split('#')[0].split() for line in open(KNOWN)] if os.path.exists(KNOWN) else []
-    return {r[0]: r[1] for r in rows if len(r) >= 2}
-
 
 def likely_known(case, failure):
     """A guess at which known fault a failure of a fresh seed belongs to (for the totals only)."""
@@ -350,7 +337,8 @@ def main():
     # Fixed seeds excuse exactly the listed cases; fresh seeds sort failures by a guess instead.
     fresh = args.seed is None
     seed = int(time.time()) if fresh else args.seed
-    known = {} if fresh else load_known()
+    rows = [line.split('#')[0].split() for line in open(KNOWN)] if os.path.exists(KNOWN) and not fresh else []
+    known = {r[0]: r[1] for r in rows if len(r) >= 2}
     deadline = time.time() + args.hours * 3600 if args.hours else None
     out_dir = args.out or ('failures' if fresh else None)
     if out_dir:

@@ -68,16 +68,13 @@ class Case:
     def text(self):
         lines = ['DECL', *(f'  define {n} = {t};' for n, t in self.defines.items())]
         for v in self.vars:
-            rng = '' if v.kind == 'boole' else f' [{show_bound(v.lo)}, {show_bound(v.hi)}]'
+            ends = (f'- {b[1:]}' if b.startswith('-') else b for b in (v.lo, v.hi))   # '--' opens a comment
+            rng = '' if v.kind == 'boole' else f' [{", ".join(ends)}]'
             lines.append(f'  {"static " * v.static}{v.kind}{rng} {v.name};')
         for title, conjuncts in self.sections():
             lines += [title, *(f'  {show(c)};' for c in conjuncts)]
         text = '\n'.join(lines) + '\n'
         return rebracket(text, Random(self.brackets)) if self.brackets else text
-
-
-def show_bound(text):
-    return f'- {text[1:]}' if text.startswith('-') else text
 
 
 def value(case, text):

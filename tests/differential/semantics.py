@@ -90,13 +90,9 @@ def cos(a):
     return max(lo, Fraction(-1)), min(hi, Fraction(1))
 
 
-def product(a, b):
-    ps = [x * y for x in a for y in b]
-    return min(ps), max(ps)
-
-
 OPS = {'neg': lambda a: (-a[1], -a[0]), '+': lambda a, b: (a[0] + b[0], a[1] + b[1]),
-       '-': lambda a, b: (a[0] - b[1], a[1] - b[0]), '*': product, '^': power, 'exp': exp, 'cos': cos,
+       '-': lambda a, b: (a[0] - b[1], a[1] - b[0]), '^': power, 'exp': exp, 'cos': cos,
+       '*': lambda a, b: (min(x * y for x in a for y in b), max(x * y for x in a for y in b)),
        'sin': lambda a: cos((a[0] + SIN_SHIFT, a[1] + SIN_SHIFT)),
        'abs': lambda a: (Fraction(0) if a[0] <= 0 <= a[1] else min(map(abs, a)), max(map(abs, a))),
        'min': lambda a, b: (min(a[0], b[0]), min(a[1], b[1])), 'max': lambda a, b: (max(a[0], b[0]), max(a[1], b[1]))}
@@ -164,24 +160,17 @@ class Evaluator:
             return k_not(self.truth(f[2], step))
         if op in REWRITE:
             return self.truth(REWRITE[op](*f[1:]), step)
-        return {'and': k_and, 'or': k_or, 'xor': k_xor}[op](self.truth(f[1], step), self.truth(f[2], step))
+        return KLEENE[op](self.truth(f[1], step), self.truth(f[2], step))
 
 
 def k_not(a):
     return None if a is None else not a
 
 
-def k_and(a, b):
-    return False if a is False or b is False else None if a is None or b is None else True
-
-
-def k_or(a, b):
-    return k_not(k_and(k_not(a), k_not(b)))
-
-
-def k_xor(a, b):
-    return None if a is None or b is None else a != b
-
+# Kleene's connectives: a side that is undecided (None) decides nothing.
+KLEENE = {'and': lambda a, b: False if False in (a, b) else None if None in (a, b) else True,
+          'or': lambda a, b: True if True in (a, b) else None if None in (a, b) else False,
+          'xor': lambda a, b: None if None in (a, b) else a != b}
 
 
 def exact_atom(case, atom):
@@ -204,17 +193,14 @@ def unwind(case, k):
     return [(c, 0) for c in case.init] + [(c, i) for i in range(k) for c in case.trans] + [(c, k) for c in case.target]
 
 
-def root_domains(conjuncts):
-    """Krait asserts the radicand of every even root non-negative on its own, wherever the root
-    occurs: (radicand >= 0, step) for each such root."""
-    return [(('rel', '>=', s[1], ZERO), step) for f, step in conjuncts for s in nodes(f) if s[0] == 'nrt' and s[2] % 2 == 0]
-
-
 def holds(case, k, box, loose=False, robust=True):
-    """Three-valued truth of depth k's formula with its root domains over the box (None: undecided)."""
+    """Three-valued truth of depth k's formula over the box (None: undecided). Krait asserts the
+    radicand of every even root non-negative on its own, wherever the root occurs: so does this."""
     ev, conjuncts, result = Evaluator(case, box, loose, robust), unwind(case, k), True
-    for f, step in conjuncts + root_domains(conjuncts):
-        result = k_and(result, ev.truth(f, step))
+    conjuncts += [(('rel', '>=', s[1], ZERO), step) for f, step in conjuncts for s in nodes(f)
+                  if s[0] == 'nrt' and s[2] % 2 == 0]
+    for f, step in conjuncts:
+        result = KLEENE['and'](result, ev.truth(f, step))
         if result is False:
             return False
     return result

@@ -1,9 +1,7 @@
 """The independent oracle: a case at one depth as SMT-LIB 2 text for Debian's z3 binary (the
-certificate checks of bench/certify ask it too).
-
-z3 runs as an executable on a pipe, not through its Python binding: each query is plain text that
-is saved beside a failing case and replays with `z3 FILE`, and a query that hangs ends with its
-process.
+certificate checks of bench/certify ask it too). z3 runs on a pipe, not through its Python binding:
+a query is plain text, saved beside a failing case to replay with `z3 FILE`, and one that hangs
+ends with its process.
 
 Every constant is the exact rational of its double. Even roots are the non-negative root and
 exp/cos are replaced by fresh values bounded by polynomials: the first narrows and the second
@@ -17,7 +15,6 @@ from fractions import Fraction
 import semantics
 from lang import CONNECTIVES, REWRITE, value
 
-ONE = ('num', Fraction(1))
 NEGATED = {'<': '>=', '<=': '>', '>': '<=', '>=': '<', '=': '!=', '!=': '='}
 PLAIN = {'neg': '(- {0})', '+': '(+ {0} {1})', '-': '(- {0} {1})', '*': '(* {0} {1})',
          'abs': '(ite (>= {0} 0.0) {0} (- {0}))', 'min': '(ite (<= {0} {1}) {0} {1})', 'max': '(ite (>= {0} {1}) {0} {1})'}
@@ -120,7 +117,7 @@ class Query:
         if op == 'not':
             return self.formula(f[2], step, not positive)
         if op not in CONNECTIVES:   # a variable, or any term, as a literal: it holds from 1 up
-            return self.atom('>=', ('var', f[1], f[2]) if op == 'lit' else f, ONE, step, positive)
+            return self.atom('>=', ('var', f[1], f[2]) if op == 'lit' else f, ('num', Fraction(1)), step, positive)
         g, h = f[1], f[2]
         if op in REWRITE:
             return self.formula(REWRITE[op](g, h), step, positive)
@@ -161,14 +158,12 @@ def solve(query, seconds=10):
     except subprocess.TimeoutExpired:
         return 'unknown', None
     answer, _, rest = p.stdout.partition('\n')
-    if answer.strip() == 'sat':
-        model = {}
-        for name, val in parse_sexpr(rest)[0] if query.names else ():
-            inst, step = name.strip('|').rsplit('@', 1)
-            model[(inst, int(step))] = number(val)
-        return 'sat', model
-    if answer.strip() == 'unsat':
+    answer = answer.strip()
+    if answer == 'sat':
+        pairs = [(name.strip('|').rsplit('@', 1), v) for name, v in (parse_sexpr(rest)[0] if query.names else ())]
+        return 'sat', {(inst, int(step)): number(v) for (inst, step), v in pairs}
+    if answer == 'unsat':
         return 'unsat', None
-    if answer.strip() not in ('unknown', 'timeout') and 'error' in p.stdout:
+    if answer not in ('unknown', 'timeout') and 'error' in p.stdout:
         raise RuntimeError(f'z3 rejected the query:\n{p.stdout}\n{query.text}')
     return 'unknown', None
