@@ -10,20 +10,9 @@ namespace {
 constexpr double correction_step = 1e-12;
 constexpr int max_corrections = 99;
 
-bool closed_zero(endpoint e) { return !e.strict && e.value == 0.0; }
-
 }  // namespace
 
-endpoint multiply_endpoints(bool lower, endpoint a, endpoint b) {
-  if (closed_zero(a) || closed_zero(b)) return {false, 0.0};
-  return {a.strict || b.strict, rounding::mul_toward(lower, a.value, b.value)};
-}
-
-endpoint divide_endpoints(bool lower, endpoint numerator, endpoint denominator) {
-  if (closed_zero(denominator)) error("Division by zero in divide_endpoints.");
-  if (closed_zero(numerator)) return {false, 0.0};
-  return {numerator.strict || denominator.strict, rounding::div_toward(lower, numerator.value, denominator.value)};
-}
+void division_by_zero() { error("Division by zero in divide_endpoints."); }
 
 endpoint add_endpoints(bool lower, endpoint a, endpoint b) {
   return {a.strict || b.strict, rounding::add_toward(lower, a.value, b.value)};

@@ -2,16 +2,30 @@
 
 #include <cstddef>
 
+#include "interval/rounding.hpp"
+
 // One end of an interval. Unbounded sides are never endpoints: they are empty bound stacks.
 struct endpoint {
   bool strict = false;  // open end: the value itself is excluded
   double value = 0.0;
 };
 
+inline bool closed_zero(endpoint e) { return !e.strict && e.value == 0.0; }
+// Fatal: a divisor that is exactly 0.
+[[noreturn]] void division_by_zero();
+
 // The arithmetic operations, rounded down for a lower end and up for an upper one. They leave
-// the rounding direction upward.
-endpoint multiply_endpoints(bool lower, endpoint a, endpoint b);
-endpoint divide_endpoints(bool lower, endpoint numerator, endpoint denominator);
+// the rounding direction upward. Product and quotient are inline: the product rule calls them
+// four times per end.
+inline endpoint multiply_endpoints(bool lower, endpoint a, endpoint b) {
+  if (closed_zero(a) || closed_zero(b)) return {false, 0.0};
+  return {a.strict || b.strict, rounding::mul_toward(lower, a.value, b.value)};
+}
+inline endpoint divide_endpoints(bool lower, endpoint numerator, endpoint denominator) {
+  if (closed_zero(denominator)) division_by_zero();
+  if (closed_zero(numerator)) return {false, 0.0};
+  return {numerator.strict || denominator.strict, rounding::div_toward(lower, numerator.value, denominator.value)};
+}
 endpoint add_endpoints(bool lower, endpoint a, endpoint b);
 endpoint subtract_endpoints(bool lower, endpoint a, endpoint b);
 

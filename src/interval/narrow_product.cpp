@@ -4,15 +4,19 @@
 
 namespace {
 
-using corner_op = endpoint (*)(bool, endpoint, endpoint);
-
-// The loosest end of the four corner results, computed in the direction of that end.
-endpoint corner_hull(corner_op op, bool lower, const var_ends& a, const var_ends& b) {
+// The loosest end of the four corner results, computed in the direction of that end; on equal
+// values the closed end wins.
+template <endpoint (*op)(bool, endpoint, endpoint)>
+endpoint corner_hull(bool lower, const var_ends& a, const var_ends& b) {
   const endpoint corners[4] = {op(lower, a.lo, b.lo), op(lower, a.lo, b.hi), op(lower, a.hi, b.lo),
                                op(lower, a.hi, b.hi)};
-  endpoint lo, hi;
-  endpoint_hull(corners, 4, lo, hi);
-  return lower ? lo : hi;
+  endpoint best = corners[0];
+  for (int i = 1; i < 4; ++i) {
+    const endpoint e = corners[i];
+    const bool looser = lower ? e.value < best.value : e.value > best.value;
+    if (looser || (e.value == best.value && best.strict && !e.strict)) best = e;
+  }
+  return best;
 }
 
 bool bounded(const var_ends& v) { return v.has_lo && v.has_hi; }
@@ -26,16 +30,16 @@ void narrow_product(rule& r) {
   // x from y and z.
   auto forward = [&]() {
     if (!bounded(y) || !bounded(z)) return;
-    r.emit_rounded(0, true, corner_hull(multiply_endpoints, true, y, z), {Y_LO, Y_HI, Z_LO, Z_HI});
-    r.emit_rounded(0, false, corner_hull(multiply_endpoints, false, y, z), {Y_LO, Y_HI, Z_LO, Z_HI});
+    r.emit_rounded(0, true, corner_hull<multiply_endpoints>(true, y, z), {Y_LO, Y_HI, Z_LO, Z_HI});
+    r.emit_rounded(0, false, corner_hull<multiply_endpoints>(false, y, z), {Y_LO, Y_HI, Z_LO, Z_HI});
   };
   // One operand from x and the other (the divisor), unless the divisor's range holds 0.
   auto backward = [&](std::uint8_t target, std::uint8_t divisor) {
     const var_ends& d = r.in.v[divisor];
     if (!bounded(x) || !bounded(d) || (d.lo.value <= 0.0 && 0.0 <= d.hi.value)) return;
     const operand_end d_lo = end_of(divisor, true), d_hi = end_of(divisor, false);
-    r.emit_rounded(target, true, corner_hull(divide_endpoints, true, x, d), {X_LO, X_HI, d_lo, d_hi});
-    r.emit_rounded(target, false, corner_hull(divide_endpoints, false, x, d), {X_LO, X_HI, d_lo, d_hi});
+    r.emit_rounded(target, true, corner_hull<divide_endpoints>(true, x, d), {X_LO, X_HI, d_lo, d_hi});
+    r.emit_rounded(target, false, corner_hull<divide_endpoints>(false, x, d), {X_LO, X_HI, d_lo, d_hi});
   };
 
   if (r.on_x()) {
