@@ -48,6 +48,18 @@ inline void set_rounding(direction d) {
   last_set = d;
 }
 
+// The register's bits besides the direction and the flags (the exception masks and the like)
+// as the program starts with them; nothing changes them.
+inline const unsigned control = read() & ~(rounding_bits | all_flags);
+
+// Sets the direction and sets every flag to what `flags` says, without reading the register:
+// on some processors a read costs several times a write, and the callers know the flags they
+// want.
+inline void set_rounding_and_flags(direction d, unsigned flags) {
+  write(control | d | (flags & all_flags));
+  last_set = d;
+}
+
 // Sets the direction and clears the flags `which` in one write.
 inline void set_rounding_and_clear(direction d, unsigned which) {
   const unsigned csr = read();

@@ -73,10 +73,9 @@ bool is_odd(double n) { return std::fmod(n, 2.0) != 0.0; }
 // without touching the exception flags the caller will look at.
 double proven_power(double base, double n, bool want_lower) {
   const unsigned flags = fpenv::raised(fpenv::all_flags);
-  rounding::toward(want_lower);
+  fpenv::set_rounding_and_flags(want_lower ? fpenv::downward : fpenv::upward, flags);
   const double bound = directed_power(base, n);
-  rounding::nearest();
-  fpenv::restore(flags);
+  fpenv::set_rounding_and_flags(fpenv::to_nearest, flags);
   return bound;
 }
 
@@ -90,9 +89,10 @@ double proven_root(double base, double x, double n, bool want_lower) {
   const double away = want_lower ? -HUGE_VAL : HUGE_VAL;
   double gap = 0.0;
   for (int step = 0; std::isfinite(base); ++step) {
-    rounding::toward(!want_lower);
+    // What the loop raises is dropped at its end: the switches need not keep it.
+    fpenv::set_rounding_and_flags(want_lower ? fpenv::upward : fpenv::downward, flags);
     const double power = directed_power(base, n);
-    rounding::nearest();
+    fpenv::set_rounding_and_flags(fpenv::to_nearest, flags);
     if (want_lower ? power <= x : power >= x) break;
     if (step < max_corrections) {
       base = std::nextafter(base, away);
@@ -106,7 +106,7 @@ double proven_root(double base, double x, double n, bool want_lower) {
       break;
     }
   }
-  fpenv::restore(flags);
+  fpenv::set_rounding_and_flags(fpenv::last_set, flags);
   return base;
 }
 

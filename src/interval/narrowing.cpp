@@ -6,18 +6,10 @@
 #include "interval/rounding.hpp"
 #include "interval/rule.hpp"
 
-bool narrow_tclause(const narrowing_input& in, derivation& out) {
-  out.count = 0;
-  // Whatever an earlier computation raised must not mark the ends this rule derives. Sums,
-  // scalings and products compute every end upward, so that direction is set at once.
-  const bool upward_rule = in.functor <= 2;
-  if (upward_rule) {
-    fpenv::set_rounding_and_clear(fpenv::upward, fpenv::watched);
-  } else {
-    clear_fp_exceptions();
-  }
-  rule r{in, out};
-  switch (in.functor) {
+namespace {
+
+bool run_rule(rule& r) {
+  switch (r.in.functor) {
     case 0: narrow_sum(r); break;
     case 1: narrow_scale(r); break;
     case 2: narrow_product(r); break;
@@ -30,7 +22,34 @@ bool narrow_tclause(const narrowing_input& in, derivation& out) {
     case 9: narrow_power(r, false); break;
     default: return false;
   }
-  fpenv::set_rounding_and_clear(fpenv::to_nearest, fpenv::watched);
+  return true;
+}
+
+// Whatever an earlier computation raised must not mark the ends the rule derives. Sums,
+// scalings and products compute every end upward, so that direction is set at once; the
+// others start in the direction in force.
+void start_rule(const narrowing_input& in) {
+  fpenv::set_rounding_and_flags(in.functor <= 2 ? fpenv::upward : fpenv::last_set, 0);
+}
+
+}  // namespace
+
+bool narrow_tclause(const narrowing_input& in, derivation& out) {
+  out.count = 0;
+  start_rule(in);
+  // Reading the flags costs far more than the arithmetic of a rule, and they are nearly always
+  // clear: the rule runs once without looking at them, and only if it raised any does it run
+  // again from the same start, looking after each end. A rule is a function of its input, so
+  // the second run derives the same ends.
+  rule r{in, out, false};
+  if (!run_rule(r)) return false;
+  if (fpenv::raised(fpenv::watched) != 0) {
+    out.count = 0;
+    start_rule(in);
+    rule checked{in, out, true};
+    run_rule(checked);
+  }
+  fpenv::set_rounding_and_flags(fpenv::to_nearest, 0);
   return true;
 }
 

@@ -11,6 +11,9 @@
 struct rule {
   const narrowing_input& in;
   derivation& out;
+  // False on a first run, whose caller reads the flags once at its end: its ends are marked
+  // trusted, and if any flag was raised the run is repeated with this set.
+  bool flags_per_end;
 
   const var_ends& x() const { return in.v[0]; }
   const var_ends& y() const { return in.v[1]; }
@@ -32,7 +35,7 @@ struct rule {
     d.target = target;
     d.is_lower = is_lower;
     d.end = e;
-    d.untrusted = fp_exceptions_raised();
+    d.untrusted = flags_per_end && fp_exceptions_raised();
     d.reason_count = 0;
     for (operand_end r : reasons) d.reasons[d.reason_count++] = r;
   }
