@@ -44,11 +44,14 @@ bool krait_solver::move_watch_or_assert(dclause_watch w, bool& remove) {
     if (q == c.watch[0] || q == c.watch[1]) continue;
     const bound a = c.atoms[q];
     const var_view& now = tops[a.var];
-    // Integer bounds are stored as integers and never strict: the real test is exact for them.
-    if (a.is_lower ? now.has_upper && opposite_bounds_conflict(false, a, {a.var, false, now.upper_strict, now.upper})
-                   : now.has_lower && opposite_bounds_conflict(false, a, {a.var, true, now.lower_strict, now.lower})) {
-      continue;
-    }
+    // Is the atom false under the opposite bound? Integer bounds are stored as integers and
+    // never strict: the real test is exact for them. Written without branches: the outcome
+    // follows no pattern the processor could learn.
+    const bool has = a.is_lower ? now.has_upper : now.has_lower;
+    const double opposite = a.is_lower ? now.upper : now.lower;
+    const bool opposite_strict = a.is_lower ? now.upper_strict : now.lower_strict;
+    const bool beyond = a.is_lower ? a.value > opposite : a.value < opposite;
+    if (has & (beyond | ((a.value == opposite) & (a.strict | opposite_strict)))) continue;
     // The watch given up is false too: every unwatched atom before q is.
     (c.watch[0] == w.position ? c.watch[0] : c.watch[1]) = q;
     c.false_prefix = q;
