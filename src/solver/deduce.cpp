@@ -50,11 +50,19 @@ bool krait_solver::deduce(bound_ref trigger, u32 t) {
   for (int i = 0; i < out.count; ++i) {
     const derived_end& d = out.ends[i];
     if (d.untrusted) continue;  // dropped silently, as a bound computed through trouble
+    const u32 var = var_of[d.target];
+    double value = d.end.value;
+    const bound_effect effect = test_bound(var, d.is_lower, d.end.strict, value, KRAIT_ORIGIN_TCLAUSE, views[d.target]);
+    if (effect == bound_effect::none) continue;  // most ends: their origin is never built
     origin why;
     why.kind = KRAIT_ORIGIN_TCLAUSE;
     why.index = t;
     for (int k = 0; k < d.reason_count; ++k) why.antecedents.push_back(rests_on[d.reasons[k]]);
-    if (check_and_push(var_of[d.target], d.is_lower, d.end.strict, d.end.value, why, views[d.target])) return true;
+    if (effect == bound_effect::conflict) {
+      conflict_origin = why;
+      return true;
+    }
+    push_tested(var, d.is_lower, d.end.strict, value, why, views[d.target]);
   }
   return false;
 }

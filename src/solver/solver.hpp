@@ -249,6 +249,12 @@ struct krait_solver {
   bool assign_bound(u32 var, bool is_lower, bool strict, double value, const origin& why,
                     var_view& view);
   bool check_and_push(u32 var, bool is_lower, bool strict, double value, const origin& why, var_view& view);
+  // check_and_push in two steps, for callers that build the origin only for a bound that goes
+  // in: the test (a conflict leaves conflict_bound set, a bound that gains too little is
+  // counted) and the push of a bound the test let through.
+  enum class bound_effect { news, conflict, none };
+  bound_effect test_bound(u32 var, bool is_lower, bool strict, double& value, origin_kind kind, const var_view& view);
+  void push_tested(u32 var, bool is_lower, bool strict, double value, const origin& why, var_view& view);
   void enqueue_implication(u32 var, bool is_lower);
   bool visit_watch(bound_ref trigger, dclause_watch watch, bool& remove);
   bool move_watch_or_assert(dclause_watch watch, bool& remove);
@@ -404,4 +410,43 @@ inline bool opposite_bounds_conflict(bool intvar, bound a, bound b) {
     if (lower.strict && upper.strict && lower.value == upper.value - 1.0) return true;
   }
   return lower.value > upper.value || (lower.value == upper.value && (lower.strict || upper.strict));
+}
+
+// Inline: most derived ends stop here, and their callers build no origin for them.
+inline krait_solver::bound_effect krait_solver::test_bound(u32 var, bool is_lower, bool strict, double& value,
+                                                           origin_kind kind, const var_view& view) {
+  if (value == 0.0) value = 0.0;  // never store -0.0
+  fpenv::set_rounding(fpenv::to_nearest);
+
+  // The opposite bound: does the new one leave the range empty?
+  const bool has_opposite = is_lower ? view.has_upper : view.has_lower;
+  const double opposite = is_lower ? view.upper : view.lower;
+  const bool opposite_strict = is_lower ? view.upper_strict : view.lower_strict;
+  if (has_opposite) {
+    const bool crossed = is_lower ? value > opposite : value < opposite;
+    if (crossed || (value == opposite && (strict || opposite_strict))) {
+      conflict_bound = {var, is_lower, strict, value};
+      return bound_effect::conflict;
+    }
+  }
+
+  // Does it improve the current bound of its side by more than min_bound_delta?
+  const bool has_current = is_lower ? view.has_lower : view.has_upper;
+  if (has_current && kind != KRAIT_ORIGIN_DECISION) {
+    const double current = is_lower ? view.lower : view.upper;
+    const bool current_strict = is_lower ? view.lower_strict : view.upper_strict;
+    const double d = is_lower ? value - current : current - value;
+    const bool accepted = kind == KRAIT_ORIGIN_DCLAUSE ? d > 0 : d > min_bound_delta;
+    const bool only_tightens_strictness = value == current && strict && !current_strict;
+    // The distance between two huge bounds may overflow, and infinite ones give no distance:
+    // the flags that raises must not drop the next, unrelated bound. A finite distance raised
+    // none of them.
+    if (!std::isfinite(d)) clear_fp_exceptions();
+    if (!accepted && !only_tightens_strictness) {
+      ++num_ineffective;
+      return bound_effect::none;
+    }
+  }
+
+  return bound_effect::news;
 }
