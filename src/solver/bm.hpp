@@ -43,12 +43,22 @@ class bm {
   std::uint32_t& mark(std::uint32_t id) { return entry(id).mark; }
   std::uint32_t& dlevel(std::uint32_t id) { return entry(id).dlevel; }
 
-  // The i-th entry from the bottom; false when i is past the top.
-  bool lower_at(std::uint32_t i, bool& strict, double& value, std::uint32_t& id) const {
-    return at(lower_, i, strict, value, id);
-  }
-  bool upper_at(std::uint32_t i, bool& strict, double& value, std::uint32_t& id) const {
-    return at(upper_, i, strict, value, id);
+  // The id of the oldest entry of the lower (upper) stack for which `holds(strict, value)` is
+  // true, 0 if none, where `holds` stays true from an entry on up (a property that a tighter
+  // bound keeps): found by bisection, since stacks grow deep within one level.
+  template <typename Holds>
+  std::uint32_t oldest_where(bool lower, Holds holds) const {
+    const std::vector<bound_entry>& stack = lower ? lower_ : upper_;
+    std::size_t from = 0, to = stack.size();
+    while (from < to) {
+      const std::size_t mid = from + (to - from) / 2;
+      if (holds(stack[mid].strict, stack[mid].value)) {
+        to = mid;
+      } else {
+        from = mid + 1;
+      }
+    }
+    return from < stack.size() ? stack[from].id : 0;
   }
   std::uint32_t lower_size() const { return static_cast<std::uint32_t>(lower_.size()); }
   std::uint32_t upper_size() const { return static_cast<std::uint32_t>(upper_.size()); }
@@ -59,14 +69,6 @@ class bm {
     if (stack.empty()) return false;
     value = stack.back().value;
     strict = stack.back().strict;
-    return true;
-  }
-  static bool at(const std::vector<bound_entry>& stack, std::uint32_t i, bool& strict, double& value,
-                 std::uint32_t& id) {
-    if (i >= stack.size()) return false;
-    strict = stack[i].strict;
-    value = stack[i].value;
-    id = stack[i].id;
     return true;
   }
   static std::uint32_t push(std::vector<bound_entry>& stack, bool is_lower, double value, bool strict,

@@ -71,15 +71,9 @@ void krait_solver::pop_bound(u32 var, bool is_lower) {
 }
 
 bound_ref krait_solver::find_falsifying_bound(bound b) const {
-  const bm& stacks = vars[b.var].bounds;
-  bool strict;
-  double value;
-  u32 id;
-  for (u32 i = 0; b.is_lower ? stacks.upper_at(i, strict, value, id) : stacks.lower_at(i, strict, value, id);
-       ++i) {
-    if (bounds_conflict(b, {b.var, !b.is_lower, strict, value})) return {b.var, id};
-  }
-  return {b.var, 0};
+  return {b.var, vars[b.var].bounds.oldest_where(!b.is_lower, [&](bool strict, double value) {
+            return bounds_conflict(b, {b.var, !b.is_lower, strict, value});
+          })};
 }
 
 void krait_solver::backtrack(u32 level) {

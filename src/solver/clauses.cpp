@@ -51,15 +51,10 @@ u32 krait_solver::get_dlevel_of_bound(bound atom) const {
   const bm& stacks = vars[atom.var].bounds;
   if (status == atom_true) {
     // The oldest entry of the atom's direction that entails it.
-    bool strict;
-    double value;
-    u32 id;
-    for (u32 i = 0; atom.is_lower ? stacks.lower_at(i, strict, value, id) : stacks.upper_at(i, strict, value, id);
-         ++i) {
-      if (bounds_conflict({atom.var, atom.is_lower, strict, value}, negate_bound(atom))) {
-        return stacks.entry(id).dlevel;
-      }
-    }
+    const u32 id = stacks.oldest_where(atom.is_lower, [&](bool strict, double value) {
+      return bounds_conflict({atom.var, atom.is_lower, strict, value}, negate_bound(atom));
+    });
+    if (id != 0) return stacks.entry(id).dlevel;
   }
   if (status == atom_false) return stacks.entry(find_falsifying_bound(atom).id).dlevel;
   error("Unexpected case in get_dlevel_of_bound.");

@@ -38,6 +38,24 @@ TEST(Backtracking, PopsLevelsRecordsTheJumpAndFindsTheOldestFalsifier) {
     ids.push_back(vb.upper_id);
   }
   EXPECT_EQ(s.find_falsifying_bound(lower(b, 7.5)).id, ids[2]);  // b <= 7, not the later b <= 6
+  // Against every entry of b's upper stack in turn (its range end 10, then 9 down to 5, then
+  // b < 5): the oldest that falsifies the atom, or none.
+  s.open_decision_level();
+  var_view vb = s.view_of(b);
+  s.assign_bound(b, false, true, 5, decision(), vb);
+  ids.insert(ids.begin(), ids[0] - 2);  // the range end, the entry below the first decision
+  ids.push_back(vb.upper_id);
+  for (double v = 4; v <= 10.5; v += 0.5) {
+    for (const bool strict : {false, true}) {
+      u32 oldest = 0;
+      for (u32 id : ids) {
+        bound u{b, false, s.vars[b].bounds.entry(id).strict, s.vars[b].bounds.entry(id).value};
+        if (oldest == 0 && s.bounds_conflict(lower(b, v, strict), u)) oldest = id;
+      }
+      EXPECT_EQ(s.find_falsifying_bound(lower(b, v, strict)).id, oldest) << v << (strict ? " strict" : "");
+    }
+  }
+  s.backtrack(5);
   s.backtrack(2);
   EXPECT_TRUE(s.dlevel == 2 && s.max_backjump == 3 && current(s, a).lo == 2 && current(s, b).hi == 8);
   s.backtrack(1);
