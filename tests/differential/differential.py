@@ -269,17 +269,14 @@ def minimise(binary, case, failure, workdir, budget_s, timeout):
 # Known faults: cases that fail for a reason someone is already repairing.
 
 def likely_known(case, failure):
-    """A guess at which known fault a failure of a fresh seed belongs to (for the totals only)."""
-    if re.search(r'\bV_\d', case.text()):
-        return '3'
+    """A guess at which open fault of known.txt (N1-N3) a failure of a fresh seed belongs to, for
+    the totals only; a failure that matches none counts as new."""
+    text = case.text()
+    huge = re.search(r'\b1(\.7)?e30[0-8]\b', text)            # values near the overflow threshold
+    wide = re.search(r'\b(1e17|100000000000000001)\b', text)   # ranges the absolute delta crawls over
     if failure.kind == 'timeout':
-        if '--shifting' in case.options and any(v.static for v in case.vars):
-            return '5'
-        return '1' if case.family == 'extreme' or '1e-17' in case.options else '6'
-    if any(s[0] in ('nrt', '^') and not any(x[0] == 'var' for x in lang.nodes(s[1]))
-           for _, cs in case.sections() for t in cs for s in lang.nodes(t)):
-        return '4'   # a power of a constant
-    return '2' if failure.kind == 'bad-box' and case.family == 'extreme' else None
+        return 'N3' if huge else 'N2' if wide else None
+    return 'N1' if failure.kind == 'bad-box' and huge else None
 
 
 def save(out_dir, case_id, case, failure, workdir, minimal, minimal_failure):
