@@ -5,13 +5,11 @@
 #include "solver/solver.hpp"
 
 void krait_solver::note_reason(u32 dclause_index) {
-  dclause_at(dclause_index).reason_here = true;
   hot[dclause_index].passed_over |= reason_flag;
   current_trail().reason_dclauses.push_back(dclause_index);
 }
 
 void krait_solver::clear_reason(u32 dclause_index) {
-  dclause_at(dclause_index).reason_here = false;
   dclause_hot& c = hot[dclause_index];
   c.passed_over &= static_cast<u8>(~reason_flag);
   if (c.passed_over != skipped_asleep) return;

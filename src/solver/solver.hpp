@@ -72,7 +72,6 @@ struct dclause {
   u32 index = 0;
   bool deleted = false;
   bool learned = false;
-  bool reason_here = false;  // reason of a bound on the current or a lower level
   u8 part_mask = 0;
   // Learned-clause bookkeeping for reuse and shifting.
   bool shift_template = false;
@@ -206,6 +205,8 @@ struct krait_solver {
     u64 false_birth = 0;
   };
   static constexpr u8 deleted_flag = 1, reason_flag = 2, skipped_asleep = 4;
+  // reason_flag is the clause's `reason_here` flag (the reason of a bound on the current or a
+  // lower level); it lives only here, beside the watches that read it, not in the clause record.
   std::vector<dclause_hot> hot;
   u64 num_dclauses = 0;
   u64 num_learned = 0;          // L: learned clauses present
