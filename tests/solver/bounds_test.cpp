@@ -37,9 +37,8 @@ TEST(Backtracking, PopsLevelsRecordsTheJumpAndFindsTheOldestFalsifier) {
     s.assign_bound(b, false, false, 10 - level, decision(), vb);
     ids.push_back(vb.upper_id);
   }
-  EXPECT_EQ(s.find_falsifying_bound(lower(b, 7.5)).id, ids[2]);  // b <= 7, not the later b <= 6
   // Against every entry of b's upper stack in turn (its range end 10, then 9 down to 5, then
-  // b < 5): the oldest that falsifies the atom, or none.
+  // b < 5): the oldest that falsifies the atom (b >= 7.5: b <= 7, not the later b <= 6), or none.
   s.open_decision_level();
   var_view vb = s.view_of(b);
   s.assign_bound(b, false, true, 5, decision(), vb);
