@@ -19,27 +19,24 @@ namespace {
 
 const smt2::outcome not_searched{smt2::outcome::unknown, "not searched", {}};
 
-class contexts_stand_in : public smt2::context_search {
- public:
+struct contexts_stand_in : smt2::context_search {
+  std::size_t depth = 0;
   std::optional<smt2::outcome> check(const std::vector<smt2::context_operation>& sync,
                                      const smt2::check_settings&) override {
     for (const smt2::context_operation& op : sync) {
       if (op.kind == smt2::context_operation::pop) {
-        if (op.count > depth_) std::abort();  // a pop of contexts never pushed
-        depth_ -= op.count;
+        if (op.count > depth) std::abort();  // a pop of contexts never pushed
+        depth -= op.count;
       } else if (op.kind == smt2::context_operation::push) {
-        ++depth_;
+        ++depth;
       } else if (op.text.empty()) {
         std::abort();
       }
     }
     return not_searched;
   }
-  void reset() override { depth_ = 0; }
+  void reset() override { depth = 0; }
   std::size_t started() const override { return 1; }
-
- private:
-  std::size_t depth_ = 0;
 };
 
 }  // namespace
