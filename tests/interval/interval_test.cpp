@@ -25,7 +25,6 @@ enum functor : std::uint32_t { SUM, SCALE, PRODUCT, MAX, MIN, ABS, EXP, COS, POW
 using rng_t = std::mt19937_64;
 endpoint C(double v) { return {false, v}; }
 endpoint O(double v) { return {true, v}; }
-
 // Exact values from MPFR, as the doubles next to them: lo == hi when the value is a double,
 // otherwise it lies strictly between the two.
 struct exact {
@@ -37,7 +36,6 @@ struct exact {
     return (lower ? e.value < v : e.value > v) || (e.value == v && (!e.strict || !is_double()));
   }
 };
-
 // f(r, mode) applied to the double a (exact at 256 bits), rounded down and up.
 template <typename F>
 exact exactly_of(double a, F f) {
@@ -50,14 +48,12 @@ exact exactly_of(double a, F f) {
   mpfr_clear(r);
   return {ends[0], ends[1]};
 }
-
 // A random sign and mantissa; the exponent mostly within +-60, else from subnormal to overflow.
 double random_double(rng_t& g) {
   const double mantissa = 1.0 + static_cast<double>(g() >> 12) * 0x1p-52;
   const int e = g() % 4 ? static_cast<int>(g() % 121) - 60 : static_cast<int>(g() % 2098) - 1074;
   return (g() & 1 ? -1 : 1) * std::ldexp(mantissa, e);
 }
-
 // The two ends of a computation enclose its exact value, apart unless it is a double.
 void expect_encloses(const exact& e, double lower, double upper, double a, double b) {
   EXPECT_TRUE(e.admits(true, C(lower)) && e.admits(false, C(upper)) && (e.is_double() || lower < upper))
@@ -116,7 +112,6 @@ var_ends parse(const char* s) {
   if ((v.has_hi = *s != '_')) v.hi.value = std::strtod(s, &end), v.hi.strict = *end == ')';
   return v;
 }
-
 // "y<1.5 zl xh; !x>=inf yl": each end and the operand ends it rests on; "!" marks an untrusted one.
 std::string text(const derivation& d, int digits = 17) {
   std::string s;
@@ -134,14 +129,12 @@ std::string text(const derivation& d, int digits = 17) {
 // A box around a point of x = f(y, z) (z unused by unary functors); the last points seen.
 struct case_box { functor f; double c; int roles; exact truth[3]; var_ends v[3]; };
 std::vector<case_box> seen;
-
 // Ends are numbered operand * 2 + upper: has the box that end, and does it admit the point t?
 bool has(const var_ends* v, int end) { return end % 2 ? v[end / 2].has_hi : v[end / 2].has_lo; }
 bool admits(const exact* t, const var_ends* v, int e) {
   return t[e / 2].admits(e % 2 == 0, e % 2 ? v[e / 2].hi : v[e / 2].lo);
 }
 bool integral(const exact& t) { return t.is_double() && std::trunc(t.lo) == t.lo && std::fabs(t.lo) <= 0x1p53; }
-
 // One run from the end `trigger`. Each trusted end must name only ends the box has and admit every
 // point seen (this one included) that the ends it names admit. Flags raised beforehand change
 // nothing; none is left behind, nor a directed mode.
@@ -190,12 +183,10 @@ void check(const case_box& k, int* ran, int* derived, int& failures) {
     for (int i = 0; i < d.count; ++i) derived[trigger] += !d.ends[i].untrusted;
   }
 }
-
 double unit(rng_t& g) { return static_cast<double>(g() >> 11) * 0x1p-53; }
 bool chance(rng_t& g, double p) { return unit(g) < p; }
 int below(rng_t& g, int n) { return static_cast<int>(g() % static_cast<std::uint64_t>(n)); }
 exact point(double v) { return {v, v}; }
-
 // Zero, small integers, exact fractions, moderate reals, and magnitudes from subnormal to 1e308.
 double pick(rng_t& g, bool integers) {
   const double r = unit(g), sign = g() & 1 ? -1.0 : 1.0, u = unit(g);
@@ -238,7 +229,6 @@ bool draw(rng_t& g, functor f, bool integers, double& c, exact* v) {
   }
   return v[0].finite() && v[1].finite();
 }
-
 // An end at `value` if it admits the true value t there; open at random where that still does.
 void place(rng_t& g, const exact& t, bool lower, double value, var_ends& b) {
   const bool strict = chance(g, 0.4);
@@ -246,7 +236,6 @@ void place(rng_t& g, const exact& t, bool lower, double value, var_ends& b) {
   (lower ? b.has_lo : b.has_hi) = true;
   (lower ? b.lo : b.hi) = {strict && t.admits(lower, {true, value}), value};
 }
-
 // None, at 0, on the true value, or beyond it by a distance from relatively tiny to huge.
 void random_end(rng_t& g, const exact& t, bool lower, var_ends& b) {
   const double r = unit(g), size = std::fabs(lower ? t.lo : t.hi), u = unit(g);

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
-#include <iostream>
 #include <string>
 
 #include "hexpr/hexpr_nodes.hpp"
@@ -43,14 +42,13 @@ inline hexpr* parse_text(const std::string& text) {
   return parse_hexpr_file(file);
 }
 
-// The same in a child process, as the scanner, the parser and `symtab` keep process-wide state.
-// `after` runs on the tree (by default it prints `sexpr` of it); the child ends through exit, so
-// that the sanitizer build's leak check looks at it.
-inline captured_run parse_in_child(const std::string& text, const std::function<void(hexpr*)>& after = {}) {
+// The same in a child process, as the scanner, the parser and `symtab` keep process-wide state;
+// `after` runs on the tree. The child ends through exit, so that the sanitizer build's leak check
+// looks at it.
+inline captured_run parse_in_child(const std::string& text, const std::function<void(hexpr*)>& after) {
   return run_captured([&] {
     hexpr* root = parse_text(text);
-    if (after) after(root);
-    else std::cout << sexpr(root);
+    after(root);
     delete root;
     symtab.delete_last_frame();
     std::exit(0);
