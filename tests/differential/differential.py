@@ -82,10 +82,6 @@ def parse_report(text):
     return results
 
 
-def masked(stdout):
-    return '\n'.join(line for line in stdout.split('\n') if 'time solver' not in line)
-
-
 def exact(case):
     """Every relation over integers and integral constants alone: brute force decides them."""
     return all(semantics.exact_atom(case, s[1:]) for _, cs in case.sections() for c in cs
@@ -184,12 +180,11 @@ def check(binary, case, rng, determinism, stats, workdir, timeout):
             check_box(case, k, box, stats)
     if determinism:
         status2, out2, err2 = run_krait(binary, case, workdir, timeout)
-        if (status2, masked(out2), err2) != (status, masked(out), err):
+        masked = [[line for line in o.split('\n') if 'time solver' not in line] for o in (out, out2)]
+        if (status2, masked[1], err2) != (status, masked[0], err):
             write(workdir, 'stdout.second', out2)
             raise Failure('nondeterministic', 'a second run gives a different report')
 
-
-# Minimisation: greedy one-step simplifications of the tree, the sections and the options.
 
 def variant(case, change):
     c = copy.deepcopy(case)
@@ -265,8 +260,6 @@ def minimise(binary, case, failure, workdir, budget_s, timeout):
                 continue
     return best, best_failure
 
-
-# Known faults: cases that fail for a reason someone is already repairing.
 
 def likely_known(case, failure):
     """A guess at which open fault of known.txt (N1-N3) a failure of a fresh seed belongs to, for

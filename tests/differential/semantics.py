@@ -29,19 +29,15 @@ class Unbounded(Exception):
     """An enclosure too large to be worth computing; the relation it feeds stays undecided."""
 
 
-def end(x, upper):
-    """An endpoint of an mpmath interval as a Fraction."""
-    sign, man, exp, _ = x._mpi_[upper]
-    if not man and exp:
-        raise Unbounded   # an infinite end
-    return (-1) ** sign * Fraction(man) * Fraction(2) ** exp if man else Fraction(0)
-
-
 def enclose(fn, lo, hi):
-    """fn over [lo, hi] in mpmath's interval arithmetic."""
+    """fn over [lo, hi] in mpmath's interval arithmetic, its ends as Fractions."""
     a, b = iv.mpf(lo.numerator) / lo.denominator, iv.mpf(hi.numerator) / hi.denominator
-    e = fn(iv.mpf([a.a, b.b]))
-    return end(e, False), end(e, True)
+    ends = []
+    for sign, man, e, _ in fn(iv.mpf([a.a, b.b]))._mpi_:
+        if not man and e:
+            raise Unbounded   # an infinite end
+        ends.append((-1) ** sign * Fraction(man) * Fraction(2) ** e if man else Fraction(0))
+    return tuple(ends)
 
 
 def root(x, n, upward):

@@ -118,17 +118,16 @@ class Reports(PlotCase):
         self.assertEqual(png.read_bytes()[:8], b"\x89PNG\r\n\x1a\n")
 
     def test_refusals(self):
-        report = MIXED_REPORT
-        lines = report.split("\n")
+        lines = MIXED_REPORT.split("\n")
         k2, x1 = lines.index("    k = 2") + 1, lines.index("        @1: [8.75, 8.828125]") + 1
         at = lambda line, message: f"line {line} of standard input: {message}"
         for text, message in [
             ("", "Standard input is empty: no Krait report."),
             ("SOLVING:\n", at(1, "not a Krait report (it does not begin with the line '# This is Krait ...')")),
             ("\n".join(lines[:k2]), at(k2, "the report ends here, before the result of depth 2")),
-            (report.replace("@1: [8.75, 8.828125]", "@1: [8.828125, 8.75]"), at(x1, "an empty interval for x")),
-            (report.replace("@1: [8.75", "@2: [8.75"), at(x1, "step @2 of x where @1 was due")),
-            (report.replace("SOLVING:", "RESULT:", 1), at(14, "'RESULT:' out of place")),
+            (MIXED_REPORT.replace("@1: [8.75, 8.828125]", "@1: [8.828125, 8.75]"), at(x1, "an empty interval for x")),
+            (MIXED_REPORT.replace("@1: [8.75", "@2: [8.75"), at(x1, "step @2 of x where @1 was due")),
+            (MIXED_REPORT.replace("SOLVING:", "RESULT:", 1), at(14, "'RESULT:' out of place")),
             ("\n".join(lines[:4] + ["", "Error: Could not open input file."]),
              at(6, "the run ended in an error: Could not open input file.")),
         ]:
@@ -140,7 +139,7 @@ class Reports(PlotCase):
             (["-o", self.svg, "--depth", "7"], "The report has no box at depth 7 (boxes at depths: 1, 2, 3)."),
             (["-o", self.svg, "--depth"], "Option '--depth' requires a non-negative integer value."),
         ]:
-            self.assertEqual(self.plot(report, *args), (1, f"\nError: {message}\n"))
+            self.assertEqual(self.plot(MIXED_REPORT, *args), (1, f"\nError: {message}\n"))
         self.assertFalse(self.svg.exists())
 
 

@@ -38,12 +38,6 @@ def value(e, env):
             'or': lambda: a or b, '=>': lambda: (not a) or b}[op]()
 
 
-def names_of(e):
-    if len(e) == 1:
-        return {e[0]} if isinstance(e[0], str) else set()
-    return set().union(*map(names_of, e[1:]))
-
-
 def make_script(rng, reals, checks=6):
     """The script's text and, per check-sat, the live assertions."""
     def term(names, depth=0):
@@ -130,7 +124,7 @@ def written_box(live):
 
 def brute_force(live):
     """True or False when the written bounds enclose every constant; None otherwise."""
-    used = sorted(set().union(*map(names_of, live)))
+    used = sorted({name for a in live for name in re.findall(r'x\d+', smt(a))})
     box = written_box(live)
     if any(None in box.get(n, [None]) for n in used):
         return None
@@ -145,12 +139,6 @@ def run(command, text):
         raise RuntimeError(f'{command} exited {out.returncode}: {out.stderr}')
     chunks = out.stdout.split('"--"\n')
     return [c.splitlines() for c in chunks[:-1]], chunks[-1]
-
-
-def values(line):
-    """The constants' values of a get-value response."""
-    return {name: -int(negative) if negative else int(plain)
-            for name, negative, plain in re.findall(r'\((x\d+) (?:\(- (\d+)\)|(\d+))\)', line)}
 
 
 def main():
@@ -185,8 +173,11 @@ def main():
             decided += truth is not None
             if truth is not None and (answer == 'sat') != truth:
                 failures.append(f'{where}, check-sat {c}: {answer}, brute force says {"sat" if truth else "unsat"}')
-            if answer == 'sat' and not all(value(x, values(a[1])) for x in live):
-                failures.append(f'{where}, check-sat {c}: the values {values(a[1])} break an assertion')
+            if answer == 'sat':
+                values = {name: -int(negative) if negative else int(plain)
+                          for name, negative, plain in re.findall(r'\((x\d+) (?:\(- (\d+)\)|(\d+))\)', a[1])}
+                if not all(value(x, values) for x in live):
+                    failures.append(f'{where}, check-sat {c}: the values {values} break an assertion')
         if failures:
             sys.stderr.write(text)
             break
