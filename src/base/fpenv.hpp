@@ -60,14 +60,6 @@ inline void set_rounding_and_flags(direction d, unsigned flags) {
   last_set = d;
 }
 
-// Sets the direction and clears the flags `which` in one write.
-inline void set_rounding_and_clear(direction d, unsigned which) {
-  const unsigned csr = read();
-  const unsigned wanted = (csr & ~rounding_bits & ~which) | d;
-  if (wanted != csr) write(wanted);
-  last_set = d;
-}
-
 // The subset of `which` that is raised.
 inline unsigned raised(unsigned which) { return read() & which; }
 inline void clear(unsigned which) {

@@ -30,15 +30,6 @@ bool upper_weaker(endpoint a, endpoint b) {
   return a.value > b.value || (a.value == b.value && !a.strict && b.strict);
 }
 
-void endpoint_hull(const endpoint* list, std::size_t count, endpoint& lo, endpoint& hi) {
-  lo = hi = list[0];
-  for (std::size_t i = 1; i < count; ++i) {
-    const endpoint e = list[i];
-    if (e.value < lo.value || (e.value == lo.value && lo.strict && !e.strict)) lo = e;
-    if (e.value > hi.value || (e.value == hi.value && hi.strict && !e.strict)) hi = e;
-  }
-}
-
 void round_endpoint_for_int(bool is_int, bool is_lower, bool& strict, double& value) {
   if (!is_int) return;
   if (std::trunc(value) == value) {

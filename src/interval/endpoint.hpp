@@ -35,8 +35,15 @@ bool lower_weaker(endpoint a, endpoint b);
 bool upper_weaker(endpoint a, endpoint b);
 
 // Smallest and largest endpoint of a non-empty list; on equal values the closed end wins, so
-// the hull keeps the looser end.
-void endpoint_hull(const endpoint* list, std::size_t count, endpoint& lo, endpoint& hi);
+// the hull keeps the looser end. Inline: a caller that uses one side pays for that side only.
+inline void endpoint_hull(const endpoint* list, std::size_t count, endpoint& lo, endpoint& hi) {
+  lo = hi = list[0];
+  for (std::size_t i = 1; i < count; ++i) {
+    const endpoint e = list[i];
+    if (e.value < lo.value || (e.value == lo.value && lo.strict && !e.strict)) lo = e;
+    if (e.value > hi.value || (e.value == hi.value && hi.strict && !e.strict)) hi = e;
+  }
+}
 
 // Tightens an end of an integer variable to the nearest integer inside; the result is closed.
 // Does nothing for a real variable.

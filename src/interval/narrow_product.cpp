@@ -4,19 +4,14 @@
 
 namespace {
 
-// The loosest end of the four corner results, computed in the direction of that end; on equal
-// values the closed end wins.
+// The loosest end of the four corner results, computed in the direction of that end.
 template <endpoint (*op)(bool, endpoint, endpoint)>
 endpoint corner_hull(bool lower, const var_ends& a, const var_ends& b) {
   const endpoint corners[4] = {op(lower, a.lo, b.lo), op(lower, a.lo, b.hi), op(lower, a.hi, b.lo),
                                op(lower, a.hi, b.hi)};
-  endpoint best = corners[0];
-  for (int i = 1; i < 4; ++i) {
-    const endpoint e = corners[i];
-    const bool looser = lower ? e.value < best.value : e.value > best.value;
-    if (looser || (e.value == best.value && best.strict && !e.strict)) best = e;
-  }
-  return best;
+  endpoint lo, hi;
+  endpoint_hull(corners, 4, lo, hi);
+  return lower ? lo : hi;
 }
 
 bool bounded(const var_ends& v) { return v.has_lo && v.has_hi; }

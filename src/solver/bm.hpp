@@ -60,8 +60,6 @@ class bm {
     }
     return from < stack.size() ? stack[from].id : 0;
   }
-  std::uint32_t lower_size() const { return static_cast<std::uint32_t>(lower_.size()); }
-  std::uint32_t upper_size() const { return static_cast<std::uint32_t>(upper_.size()); }
 
  private:
   [[noreturn]] static void no_such_entry();
